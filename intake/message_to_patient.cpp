@@ -1,0 +1,86 @@
+#include "intake/message_to_patient.h"
+
+#include "core/document_building.h"
+#include "core/mirelo_error.h"
+#include "intake/medication_list_merge.h"
+#include "platform/file_system.h"
+#include "records/patient_file.h"
+
+#include <array>
+#include <utility>
+
+namespace mirelo {
+namespace {
+
+// The parser code for a DTD that isn't at hand; such a message is taken as sound.
+constexpr int32_t MissingDtd = static_cast<int32_t>(0xC00CE014);
+
+constexpr const char *SubjectOfCare = "//SubjectOfCare/PatientMatchingInfo/";
+
+// Where each personal field of the patient comes from in the message, in the order written.
+const std::array<std::pair<const char *, const char *>, 6> PersonalFields = {{
+    {"FamilyName", "PersonNameDetails/StructuredPersonName/FamilyName"},
+    {"FirstGivenName", "PersonNameDetails/StructuredPersonName/FirstGivenName"},
+    {"Pnr", "PatientId/IdValue"},
+    {"StreetName", "Address/StructuredAddress/StreetName"},
+    {"PostalCode", "Address/PostalCode"},
+    {"City", "Address/StructuredAddress/City"},
+}};
+
+platform::XmlDocument loadMessage(const std::string &path) {
+    platform::XmlDocument message;
+    message.setAsync(false);
+    message.setValidateOnParse(false);
+    message.load(path);
+    const platform::ParseError &error = message.parseError();
+    if (error.errorCode != 0 && error.errorCode != MissingDtd) {
+        throw MireloError(errors::PrescriptionFileDamaged,
+                          withReason("Receptfil är skadad.", error.reason));
+    }
+    return message;
+}
+
+// An existing file is read without looking at the parse result: a damaged file shows itself
+// as a missing element when the personal fields are written.
+platform::XmlDocument openPatient(const std::string &patientPath) {
+    if (!platform::FileExists(patientPath)) {
+        return NewPatientDocument();
+    }
+    platform::XmlDocument patient;
+    patient.loadXML(ReadPatientText(patientPath));
+    return patient;
+}
+
+} // namespace
+
+std::string ImportPrescriptionFile(const std::string &path) {
+    platform::XmlDocument message = loadMessage(path);
+    const std::string pnr =
+        message.selectSingleNode(std::string(SubjectOfCare) + "PatientId/IdValue").text();
+    const std::string patientPath = PatientFilePath(pnr);
+    platform::XmlDocument patient = openPatient(patientPath);
+
+    for (const auto &[field, source] : PersonalFields) {
+        const std::string value =
+            message.selectSingleNode(std::string(SubjectOfCare) + source).text();
+        patient.selectSingleNode(std::string("//PatientData/") + field).setText(value);
+    }
+
+    TakeInMessageItems(message, patient);
+
+    WritePatientFile(patient, patientPath);
+    return pnr;
+}
+
+platform::XmlDocument NewPatientDocument() {
+    platform::XmlDocument patient;
+    const platform::XmlNode root = StartDocument(patient, "Patient");
+    const platform::XmlNode data = AppendElement(patient, root, "PatientData");
+    for (const char *field : {"FamilyName", "FirstGivenName", "Pnr", "StreetName", "PostalCode",
+                              "City", "GeneralInfo", "GeneralInfoBy", "GeneralInfoTimestamp"}) {
+        AppendField(patient, data, field, "");
+    }
+    return patient;
+}
+
+} // namespace mirelo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace mirelo::platform {
+
+// A file as the folder walk hands it out: its name with extension and its full path.
+struct FileEntry {
+    std::string Name;
+    std::string Path;
+};
+
+bool FileExists(const std::string &path);
+bool FolderExists(const std::string &path);
+// Creates one level; a missing parent (76) or an existing folder (58) is a failure.
+void CreateFolder(const std::string &path);
+// The files of one folder, not of its subfolders, sorted by name.
+std::vector<FileEntry> GetFolderFiles(const std::string &path);
+// The file at the path, or, when that exact name is absent, the one whose name matches it
+// regardless of case. Fails with 53 when there is none.
+FileEntry GetFile(const std::string &path);
+// Fails with 58 if the destination exists.
+void MoveFile(const std::string &source, const std::string &destination);
+// Without force a file whose write permission is off is not deleted but fails with 70.
+void DeleteFile(const std::string &path, bool force);
+// The file's name when it exists, else the empty text.
+std::string Dir(const std::string &path);
+
+// Whole files in and out, byte for byte. Writing replaces the content in place.
+std::string ReadAllBytes(const std::string &path);
+void WriteAllBytes(const std::string &path, const std::string &bytes);
+
+} // namespace mirelo::platform

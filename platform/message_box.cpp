@@ -1,0 +1,25 @@
+#include "platform/message_box.h"
+
+#include <stdexcept>
+
+namespace mirelo::platform {
+namespace {
+
+MsgBoxPresenter &presenter() {
+    static MsgBoxPresenter current;
+    return current;
+}
+
+} // namespace
+
+MsgBoxResult MsgBox(const std::string &text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                    const std::string &title) {
+    if (!presenter()) {
+        throw std::logic_error("no message box presenter installed");
+    }
+    return presenter()({text, buttons, icon, title});
+}
+
+void setMsgBoxPresenter(MsgBoxPresenter next) { presenter() = std::move(next); }
+
+} // namespace mirelo::platform

@@ -1,0 +1,364 @@
+#include "platform/xml_document.h"
+
+#include "core/mirelo_error.h"
+#include "platform/file_system.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlsave.h>
+#include <libxml/xpath.h>
+
+#include <memory>
+#include <mutex>
+
+namespace mirelo::platform {
+namespace {
+
+// Untrusted input never reaches the network and never pulls in an external DTD or entity.
+constexpr int ParseOptions =
+    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOBLANKS;
+
+// The code a missing source file gets, as the old parser reported it.
+constexpr int32_t SourceNotFound = static_cast<int32_t>(0x800C0006);
+
+xmlParserInputPtr refuseExternalEntity(const char *, const char *, xmlParserCtxtPtr) {
+    return nullptr;
+}
+
+void ignoreXmlError(void *, xmlErrorPtr) {}
+
+const xmlChar *xc(const std::string &text) { return reinterpret_cast<const xmlChar *>(text.c_str()); }
+
+std::string fromXmlChar(xmlChar *owned) {
+    if (owned == nullptr) {
+        return {};
+    }
+    std::string result(reinterpret_cast<const char *>(owned));
+    xmlFree(owned);
+    return result;
+}
+
+std::string trimmed(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
+        text.pop_back();
+    }
+    return text;
+}
+
+// The data of a leading "<?xml ...?>" declaration, or nothing. The old DOM kept the
+// declaration as a node of its own, so a document read back and written again keeps it.
+bool leadingDeclaration(const std::string &text, std::string &data) {
+    size_t start = 0;
+    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        start = 3;
+    }
+    if (text.compare(start, 5, "<?xml") != 0 || text.size() <= start + 5 ||
+        !isspace(static_cast<unsigned char>(text[start + 5]))) {
+        return false;
+    }
+    const size_t end = text.find("?>", start);
+    if (end == std::string::npos) {
+        return false;
+    }
+    size_t first = start + 5;
+    while (first < end && isspace(static_cast<unsigned char>(text[first]))) {
+        ++first;
+    }
+    size_t last = end;
+    while (last > first && isspace(static_cast<unsigned char>(text[last - 1]))) {
+        --last;
+    }
+    data = text.substr(first, last - first);
+    return true;
+}
+
+// Line ends are kept as a parser reads them back, single line feeds, so a value written and
+// read again is the same value.
+std::string normaliseLineEnds(const std::string &value) {
+    std::string result;
+    result.reserve(value.size());
+    for (size_t i = 0; i < value.size(); ++i) {
+        if (value[i] == '\r') {
+            result += '\n';
+            if (i + 1 < value.size() && value[i + 1] == '\n') {
+                ++i;
+            }
+        } else {
+            result += value[i];
+        }
+    }
+    return result;
+}
+
+struct XPathResult {
+    std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> context{nullptr,
+                                                                              xmlXPathFreeContext};
+    std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)> object{nullptr,
+                                                                          xmlXPathFreeObject};
+};
+
+XPathResult evaluate(xmlNodePtr node, const std::string &query) {
+    if (node == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    XPathResult result;
+    result.context.reset(xmlXPathNewContext(node->doc));
+    result.context->node = node;
+    result.context->error = ignoreXmlError;
+    result.object.reset(xmlXPathEvalExpression(xc(query), result.context.get()));
+    if (!result.object) {
+        throw MireloError(errors::InvalidQuery, "Ogiltig fråga: " + query);
+    }
+    return result;
+}
+
+// Writes a node or the whole document in the given encoding, nested elements indented by
+// tabs as the files have always been. Our own declaration node stands first; libxml2 adds none.
+std::string serialise(xmlNodePtr node, const char *encoding) {
+    xmlTreeIndentString = "\t";
+    std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
+    xmlSaveCtxtPtr save = xmlSaveToBuffer(buffer.get(), encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
+    if (node->type == XML_DOCUMENT_NODE) {
+        xmlSaveDoc(save, reinterpret_cast<xmlDocPtr>(node));
+    } else {
+        xmlSaveTree(save, node);
+    }
+    xmlSaveClose(save);
+    return reinterpret_cast<const char *>(xmlBufferContent(buffer.get()));
+}
+
+} // namespace
+
+void initialiseXml() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        xmlInitParser();
+        xmlSetExternalEntityLoader(refuseExternalEntity);
+    });
+}
+
+// --- XmlNode -----------------------------------------------------------------------------
+
+std::string XmlNode::nodeName() const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    return node_->name ? reinterpret_cast<const char *>(node_->name) : std::string();
+}
+
+std::string XmlNode::text() const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    return fromXmlChar(xmlNodeGetContent(node_));
+}
+
+void XmlNode::setText(const std::string &value) const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    xmlNodeSetContent(node_, nullptr);
+    const std::string normalised = normaliseLineEnds(value);
+    if (!normalised.empty()) {
+        // A text node holds its content raw; escaping happens when the document is written.
+        xmlAddChild(node_, xmlNewDocText(node_->doc, xc(normalised)));
+    }
+}
+
+std::string XmlNode::xml() const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    return serialise(node_, "UTF-8");
+}
+
+XmlNode XmlNode::appendChild(XmlNode child) const {
+    if (node_ == nullptr || child.node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    xmlUnlinkNode(child.node_);
+    return XmlNode(xmlAddChild(node_, child.node_));
+}
+
+XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
+    if (reference.isNull()) {
+        return appendChild(child);
+    }
+    if (node_ == nullptr || child.node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    if (reference.node_->parent != node_) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    xmlUnlinkNode(child.node_);
+    return XmlNode(xmlAddPrevSibling(reference.node_, child.node_));
+}
+
+std::vector<XmlNode> XmlNode::childNodes() const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    std::vector<XmlNode> children;
+    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+        children.emplace_back(child);
+    }
+    return children;
+}
+
+XmlNode XmlNode::selectSingleNode(const std::string &query) const {
+    const XPathResult result = evaluate(node_, query);
+    const xmlNodeSetPtr nodes = result.object->nodesetval;
+    if (result.object->type != XPATH_NODESET || nodes == nullptr || nodes->nodeNr == 0) {
+        return {};
+    }
+    return XmlNode(nodes->nodeTab[0]);
+}
+
+std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
+    const XPathResult result = evaluate(node_, query);
+    const xmlNodeSetPtr nodes = result.object->nodesetval;
+    std::vector<XmlNode> found;
+    if (result.object->type == XPATH_NODESET && nodes != nullptr) {
+        found.reserve(nodes->nodeNr);
+        for (int i = 0; i < nodes->nodeNr; ++i) {
+            found.emplace_back(nodes->nodeTab[i]);
+        }
+    }
+    return found;
+}
+
+// --- XmlDocument -------------------------------------------------------------------------
+
+XmlDocument::XmlDocument() {
+    initialiseXml();
+    doc_ = xmlNewDoc(xc("1.0"));
+}
+
+XmlDocument::~XmlDocument() {
+    freeUnlinked();
+    xmlFreeDoc(doc_);
+}
+
+XmlDocument::XmlDocument(XmlDocument &&other) noexcept
+    : doc_(other.doc_), created_(std::move(other.created_)),
+      parseError_(std::move(other.parseError_)), async_(other.async_),
+      validateOnParse_(other.validateOnParse_) {
+    other.doc_ = nullptr;
+    other.created_.clear();
+}
+
+XmlDocument &XmlDocument::operator=(XmlDocument &&other) noexcept {
+    if (this != &other) {
+        freeUnlinked();
+        xmlFreeDoc(doc_);
+        doc_ = other.doc_;
+        created_ = std::move(other.created_);
+        parseError_ = std::move(other.parseError_);
+        async_ = other.async_;
+        validateOnParse_ = other.validateOnParse_;
+        other.doc_ = nullptr;
+        other.created_.clear();
+    }
+    return *this;
+}
+
+void XmlDocument::freeUnlinked() {
+    for (xmlNodePtr node : created_) {
+        if (node->parent == nullptr) {
+            xmlFreeNode(node);
+        }
+    }
+    created_.clear();
+}
+
+bool XmlDocument::load(const std::string &path) {
+    if (!FileExists(path)) {
+        parseError_ = {SourceNotFound, "Systemet kan inte hitta den angivna filen: " + path};
+        return false;
+    }
+    std::string bytes;
+    try {
+        bytes = ReadAllBytes(path);
+    } catch (const MireloError &error) {
+        parseError_ = {SourceNotFound, error.description() + ": " + path};
+        return false;
+    }
+    return parse(bytes, false);
+}
+
+bool XmlDocument::load(const ResponseStream &stream) { return parse(stream.bytes, false); }
+
+bool XmlDocument::loadXML(const std::string &text) { return parse(text, true); }
+
+bool XmlDocument::parse(const std::string &bytes, bool decoded) {
+    std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> context(xmlNewParserCtxt(),
+                                                                          xmlFreeParserCtxt);
+    xmlResetLastError();
+    const int options = decoded ? ParseOptions | XML_PARSE_IGNORE_ENC : ParseOptions;
+    xmlDocPtr parsed = xmlCtxtReadMemory(context.get(), bytes.data(), static_cast<int>(bytes.size()),
+                                         nullptr, decoded ? "UTF-8" : nullptr, options);
+    if (parsed == nullptr) {
+        const xmlError *error = xmlCtxtGetLastError(context.get());
+        ParseError failure;
+        failure.errorCode = error && error->code != 0 ? error->code : XML_ERR_DOCUMENT_EMPTY;
+        failure.reason = error && error->message ? trimmed(error->message) : "Dokumentet är tomt.";
+        if (error && error->line > 0) {
+            failure.reason += " (rad " + std::to_string(error->line) + ", kolumn " +
+                              std::to_string(error->int2) + ")";
+        }
+        parseError_ = failure;
+        return false;
+    }
+    adopt(parsed, bytes);
+    return true;
+}
+
+void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
+    freeUnlinked();
+    xmlFreeDoc(doc_);
+    doc_ = parsed;
+    parseError_ = {};
+    std::string declaration;
+    if (leadingDeclaration(text, declaration) && doc_->children != nullptr) {
+        xmlAddPrevSibling(doc_->children, xmlNewDocPI(doc_, xc("xml"), xc(declaration)));
+    }
+}
+
+void XmlDocument::save(const std::string &path) const {
+    WriteAllBytes(path, serialise(reinterpret_cast<xmlNodePtr>(doc_), "ISO-8859-1"));
+}
+
+XmlNode XmlDocument::createProcessingInstruction(const std::string &target,
+                                                 const std::string &data) {
+    xmlNodePtr node = xmlNewDocPI(doc_, xc(target), xc(data));
+    created_.push_back(node);
+    return XmlNode(node);
+}
+
+XmlNode XmlDocument::createNode(int type, const std::string &name, const std::string &) {
+    if (type != NODE_ELEMENT) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    xmlNodePtr node = xmlNewDocNode(doc_, nullptr, xc(name), nullptr);
+    created_.push_back(node);
+    return XmlNode(node);
+}
+
+XmlNode XmlDocument::createNode(const std::string &type, const std::string &name,
+                                const std::string &namespaceURI) {
+    if (type != "ELEMENT") {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    return createNode(NODE_ELEMENT, name, namespaceURI);
+}
+
+XmlNode XmlDocument::documentElement() const { return XmlNode(xmlDocGetRootElement(doc_)); }
+
+XmlNode XmlDocument::asNode() const { return XmlNode(reinterpret_cast<xmlNodePtr>(doc_)); }
+
+std::string XmlDocument::xml() const {
+    return serialise(reinterpret_cast<xmlNodePtr>(doc_), "UTF-8");
+}
+
+} // namespace mirelo::platform

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct _xmlNode;
+struct _xmlDoc;
+
+namespace mirelo::platform {
+
+// What a parse left behind. Parsing never throws: callers read this and report in their own words.
+struct ParseError {
+    int32_t errorCode = 0;
+    std::string reason;
+};
+
+// The body of an HTTP response, parsed by the declaration it carries.
+struct ResponseStream {
+    std::string bytes;
+};
+
+// A reference to an element (or the document) inside an XmlDocument, with the semantics of a
+// pointer: a const handle still changes the tree it points into. It is valid while its
+// document lives. A null node is what a query that matched nothing gives; reading or writing
+// its text is the run time's "object not set" (91).
+class XmlNode {
+public:
+    XmlNode() = default;
+    explicit XmlNode(_xmlNode *node) : node_(node) {}
+
+    bool isNull() const { return node_ == nullptr; }
+    explicit operator bool() const { return node_ != nullptr; }
+
+    std::string nodeName() const;
+    std::string text() const;
+    void setText(const std::string &value) const;
+    std::string xml() const;
+
+    XmlNode appendChild(XmlNode child) const;
+    // A null reference appends, as the list's first child is null in an empty list.
+    XmlNode insertBefore(XmlNode child, XmlNode reference) const;
+    std::vector<XmlNode> childNodes() const;
+
+    // XPath 1.0 relative to this node; results in document order. An invalid query raises.
+    XmlNode selectSingleNode(const std::string &query) const;
+    std::vector<XmlNode> selectNodes(const std::string &query) const;
+
+    _xmlNode *handle() const { return node_; }
+    bool operator==(const XmlNode &other) const = default;
+
+private:
+    _xmlNode *node_ = nullptr;
+};
+
+// An XML document made for one task and dropped at its end.
+class XmlDocument {
+public:
+    // The two type designations that both make an element.
+    static constexpr int NODE_ELEMENT = 1;
+
+    XmlDocument();
+    ~XmlDocument();
+    XmlDocument(const XmlDocument &) = delete;
+    XmlDocument &operator=(const XmlDocument &) = delete;
+    XmlDocument(XmlDocument &&other) noexcept;
+    XmlDocument &operator=(XmlDocument &&other) noexcept;
+
+    // Kept for the shape of every parse; loading is always synchronous and no document
+    // carries a DTD, so neither changes what a parse gives.
+    void setAsync(bool value) { async_ = value; }
+    void setValidateOnParse(bool value) { validateOnParse_ = value; }
+
+    // Parses a file by the encoding its declaration names. A missing file is a parse error.
+    bool load(const std::string &path);
+    bool load(const ResponseStream &stream);
+    // Parses text that is already decoded: the declaration's encoding is not applied again.
+    bool loadXML(const std::string &text);
+    const ParseError &parseError() const { return parseError_; }
+
+    // Writes the document encoded as its declaration says, ISO-8859-1, replacing the file.
+    void save(const std::string &path) const;
+
+    XmlNode createProcessingInstruction(const std::string &target, const std::string &data);
+    XmlNode createNode(int type, const std::string &name, const std::string &namespaceURI);
+    XmlNode createNode(const std::string &type, const std::string &name,
+                       const std::string &namespaceURI);
+
+    XmlNode documentElement() const;
+    XmlNode appendChild(XmlNode child) { return asNode().appendChild(child); }
+    XmlNode insertBefore(XmlNode child, XmlNode reference) {
+        return asNode().insertBefore(child, reference);
+    }
+    std::vector<XmlNode> childNodes() const { return asNode().childNodes(); }
+    XmlNode selectSingleNode(const std::string &query) const {
+        return asNode().selectSingleNode(query);
+    }
+    std::vector<XmlNode> selectNodes(const std::string &query) const {
+        return asNode().selectNodes(query);
+    }
+    // The whole document as UTF-8 text, its declaration first.
+    std::string xml() const;
+
+    XmlNode asNode() const;
+
+private:
+    bool parse(const std::string &bytes, bool decoded);
+    void adopt(_xmlDoc *parsed, const std::string &text);
+    void freeUnlinked();
+
+    _xmlDoc *doc_ = nullptr;
+    std::vector<_xmlNode *> created_;
+    ParseError parseError_;
+    bool async_ = true;
+    bool validateOnParse_ = true;
+};
+
+// Builds the declaration every document of ours opens with.
+inline constexpr const char *DeclarationData = R"(version="1.0" encoding="ISO-8859-1")";
+
+// libxml2's global set-up; call once at start, before any other thread touches XML.
+void initialiseXml();
+
+} // namespace mirelo::platform

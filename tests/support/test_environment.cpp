@@ -1,0 +1,88 @@
+#include "test_environment.h"
+
+#include "core/application_context.h"
+#include "core/clock.h"
+#include "platform/process_end.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace mirelo::testing {
+
+void ApplicationTest::SetUp() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "mirelo-test-XXXXXX").string();
+    appDir_ = mkdtemp(pattern.data());
+    std::filesystem::create_directory(appDir_ + "/in");
+    std::filesystem::create_directory(appDir_ + "/data");
+    setApplicationDirectoryForTesting(appDir_);
+    session() = SessionValues{};
+    session().gDataPath = appDir_ + "/data/";
+    freezeClockForTesting(frozenNow());
+    platform::setMsgBoxPresenter([this](const platform::MsgBoxRequest &request) {
+        boxes.push_back(request);
+        if (!nextAnswers.empty()) {
+            const platform::MsgBoxResult answer = nextAnswers.front();
+            nextAnswers.pop_front();
+            return answer;
+        }
+        return request.buttons == platform::MsgBoxButtons::YesNo ? platform::MsgBoxResult::Yes
+                                                                 : platform::MsgBoxResult::OK;
+    });
+    platform::setEndProcessHandler([this] {
+        processEnded = true;
+        throw ProcessEnded{};
+    });
+}
+
+void ApplicationTest::TearDown() {
+    platform::setMsgBoxPresenter({});
+    platform::setEndProcessHandler({});
+    freezeClockForTesting(QDateTime());
+    setApplicationDirectoryForTesting("");
+    session() = SessionValues{};
+    std::error_code ignored;
+    std::filesystem::remove_all(appDir_, ignored);
+}
+
+std::string readBytes(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void writeBytes(const std::string &path, const std::string &bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << bytes;
+}
+
+std::string scrambleBytes(const std::string &latin1) {
+    std::string stored;
+    for (const unsigned char c : latin1) {
+        stored += static_cast<char>(c % 2 == 0 ? c + 3 : c + 5);
+    }
+    return stored;
+}
+
+std::string unscrambleBytes(const std::string &stored) {
+    std::string plain;
+    for (const unsigned char s : stored) {
+        plain += static_cast<char>(s % 2 == 1 ? s - 3 : s - 5);
+    }
+    return plain;
+}
+
+std::string latin1ToUtf8(const std::string &latin1) {
+    std::string utf8;
+    for (const unsigned char c : latin1) {
+        if (c < 0x80) {
+            utf8 += static_cast<char>(c);
+        } else {
+            utf8 += static_cast<char>(0xC0 | (c >> 6));
+            utf8 += static_cast<char>(0x80 | (c & 0x3F));
+        }
+    }
+    return utf8;
+}
+
+} // namespace mirelo::testing

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/message_box.h"
+
+#include <QDateTime>
+#include <deque>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace mirelo::testing {
+
+// Thrown by the test's end-of-process handler, so a test can assert that the process ended.
+struct ProcessEnded {};
+
+// Every test works in a temporary application directory of its own, with in/ and data/ laid
+// out as an installation has them, gDataPath pointing at data/, a frozen clock, scripted
+// message boxes and a recorded end of the process.
+class ApplicationTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    std::string appDir() const { return appDir_; }
+    std::string path(const std::string &relative) const { return appDir_ + "/" + relative; }
+
+    // The boxes shown so far, and the answers the next boxes get (OK or Yes otherwise).
+    std::vector<platform::MsgBoxRequest> boxes;
+    std::deque<platform::MsgBoxResult> nextAnswers;
+    bool processEnded = false;
+
+    static QDateTime frozenNow() { return QDateTime(QDate(2026, 3, 15), QTime(14, 5, 9)); }
+
+private:
+    std::string appDir_;
+};
+
+// Files byte for byte.
+std::string readBytes(const std::string &path);
+void writeBytes(const std::string &path, const std::string &bytes);
+
+// Scrambles and unscrambles by the rule itself, independent of the code under test:
+// even codes up by 3, odd codes up by 5. Works on single-byte text.
+std::string scrambleBytes(const std::string &latin1);
+std::string unscrambleBytes(const std::string &stored);
+std::string latin1ToUtf8(const std::string &latin1);
+
+} // namespace mirelo::testing

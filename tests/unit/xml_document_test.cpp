@@ -1,0 +1,151 @@
+#include "core/document_building.h"
+#include "core/mirelo_error.h"
+#include "platform/xml_document.h"
+#include "test_environment.h"
+
+#include <gtest/gtest.h>
+
+using mirelo::MireloError;
+using mirelo::platform::ResponseStream;
+using mirelo::platform::XmlDocument;
+
+namespace {
+
+class XmlDocumentTest : public mirelo::testing::ApplicationTest {};
+
+const std::string Declaration = R"(<?xml version="1.0" encoding="ISO-8859-1"?>)";
+
+TEST_F(XmlDocumentTest, load_reports_missing_and_damaged_sources_without_throwing) {
+    XmlDocument missing;
+    EXPECT_FALSE(missing.load(path("in/nothing.xml")));
+    EXPECT_NE(missing.parseError().errorCode, 0);
+    EXPECT_FALSE(missing.parseError().reason.empty());
+
+    mirelo::testing::writeBytes(path("in/truncated.xml"), "<a><b>text</b>");
+    XmlDocument truncated;
+    EXPECT_FALSE(truncated.load(path("in/truncated.xml")));
+    EXPECT_NE(truncated.parseError().errorCode, 0);
+
+    XmlDocument htmlPage;
+    htmlPage.load(ResponseStream{"<html><body><p>Server Error<br></body></html>"});
+    EXPECT_NE(htmlPage.parseError().errorCode, 0);
+}
+
+TEST_F(XmlDocumentTest, load_decodes_by_the_declaration_and_loadXML_does_not_apply_it_again) {
+    // "Åsa" in ISO-8859-1 bytes, read from a file whose declaration says so.
+    mirelo::testing::writeBytes(path("in/latin1.xml"), Declaration + "<a>\xC5sa</a>");
+    XmlDocument fromFile;
+    ASSERT_TRUE(fromFile.load(path("in/latin1.xml")));
+    EXPECT_EQ(fromFile.selectSingleNode("//a").text(), "Åsa");
+
+    // The same declaration over text that is already decoded (UTF-8 here).
+    XmlDocument fromText;
+    ASSERT_TRUE(fromText.loadXML(Declaration + "<a>Åsa</a>"));
+    EXPECT_EQ(fromText.selectSingleNode("//a").text(), "Åsa");
+}
+
+TEST_F(XmlDocumentTest, queries_give_null_empty_text_or_the_first_match_in_document_order) {
+    XmlDocument document;
+    ASSERT_TRUE(document.loadXML(
+        "<r><Empty/><Product><ID>1</ID></Product><Product><ID>2</ID></Product></r>"));
+    EXPECT_EQ(document.selectSingleNode("//Empty").text(), "");
+    EXPECT_TRUE(document.selectSingleNode("//Missing").isNull());
+    EXPECT_EQ(document.selectSingleNode("//Product/ID").text(), "1");
+    EXPECT_EQ(document.selectNodes("//Product").size(), 2u);
+
+    try {
+        (void)document.selectSingleNode("//Missing").text();
+        FAIL() << "reading a null node must fail";
+    } catch (const MireloError &error) {
+        EXPECT_EQ(error.number(), 91);
+    }
+}
+
+TEST_F(XmlDocumentTest, a_double_quote_inside_a_built_query_fails_the_query) {
+    XmlDocument document;
+    ASSERT_TRUE(document.loadXML("<r><Product><ID>a</ID></Product></r>"));
+    const std::string id = "a\"b";
+    EXPECT_THROW((void)document.selectSingleNode("//Product[ID = \"" + id + "\"]"), MireloError);
+}
+
+TEST_F(XmlDocumentTest, the_newest_noted_product_of_each_RegNr_is_found_with_preceding) {
+    XmlDocument document;
+    ASSERT_TRUE(document.loadXML("<Patient><MedicalList>"
+                                 "<Product><ID>new</ID><RegNr>7</RegNr><ExtendedMedicalInfo>n"
+                                 "</ExtendedMedicalInfo><Allergic>0</Allergic></Product>"
+                                 "<Product><ID>old</ID><RegNr>7</RegNr><ExtendedMedicalInfo>n"
+                                 "</ExtendedMedicalInfo><Allergic>0</Allergic></Product>"
+                                 "<Product><ID>warn</ID><RegNr>8</RegNr><ExtendedMedicalInfo/>"
+                                 "<Allergic>1</Allergic></Product>"
+                                 "<Product><ID>plain</ID><RegNr>9</RegNr><ExtendedMedicalInfo/>"
+                                 "<Allergic>0</Allergic></Product>"
+                                 "</MedicalList></Patient>"));
+    const auto found =
+        document.selectNodes("//Product[(ExtendedMedicalInfo != \"\" or Allergic = 1) and "
+                             "(not(RegNr = preceding::RegNr))]");
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_EQ(found[0].selectSingleNode("ID").text(), "new");
+    EXPECT_EQ(found[1].selectSingleNode("ID").text(), "warn");
+}
+
+TEST_F(XmlDocumentTest, built_documents_serialise_declaration_first_and_escape_text) {
+    XmlDocument document;
+    const auto root = mirelo::StartDocument(document, "Settings");
+    mirelo::AppendField(document, root, "Username", "a<b & \"c\" Åke");
+    mirelo::AppendField(document, root, "Empty", "");
+    const std::string text = document.xml();
+    EXPECT_EQ(text.rfind(Declaration, 0), 0u) << text;
+    EXPECT_NE(text.find("a&lt;b &amp; \"c\" Åke"), std::string::npos) << text;
+
+    // Read back and changed, the declaration stays in front.
+    XmlDocument again;
+    ASSERT_TRUE(again.loadXML(text));
+    again.selectSingleNode("//Username").setText("x");
+    EXPECT_EQ(again.xml().rfind(Declaration, 0), 0u);
+    EXPECT_EQ(again.selectSingleNode("//Empty").text(), "");
+}
+
+TEST_F(XmlDocumentTest, save_writes_iso_8859_1_bytes) {
+    XmlDocument document;
+    const auto root = mirelo::StartDocument(document, "Settings");
+    mirelo::AppendField(document, root, "DataPath", "/hem/läkare/");
+    document.save(path("settings.xml"));
+    const std::string bytes = mirelo::testing::readBytes(path("settings.xml"));
+    EXPECT_EQ(bytes.rfind(Declaration, 0), 0u);
+    EXPECT_NE(bytes.find("/hem/l\xE4kare/"), std::string::npos);
+    EXPECT_EQ(bytes.find("\xC3\xA4"), std::string::npos) << "no UTF-8 in the file";
+}
+
+TEST_F(XmlDocumentTest, insertBefore_with_the_first_child_puts_new_entries_first) {
+    XmlDocument document;
+    const auto root = mirelo::StartDocument(document, "MedicalList");
+    mirelo::AppendField(document, root, "Product", "old");
+    const auto children = root.childNodes();
+    root.insertBefore(document.createNode("ELEMENT", "Product", ""), children.at(0))
+        .setText("new");
+    const auto products = document.selectNodes("//Product");
+    ASSERT_EQ(products.size(), 2u);
+    EXPECT_EQ(products[0].text(), "new");
+
+    // An empty list has no first child: a null reference appends.
+    const auto list = mirelo::AppendElement(document, root, "History");
+    list.insertBefore(document.createNode("ELEMENT", "AllergicHistory", ""), {});
+    EXPECT_EQ(list.childNodes().size(), 1u);
+}
+
+TEST_F(XmlDocumentTest, external_entities_and_dtds_are_never_loaded) {
+    mirelo::testing::writeBytes(path("secret.txt"), "hemligt");
+    const std::string withEntity = "<!DOCTYPE a [<!ENTITY x SYSTEM \"file://" + path("secret.txt") +
+                                   "\">]><a>&x;</a>";
+    XmlDocument document;
+    document.loadXML(withEntity);
+    if (document.parseError().errorCode == 0) {
+        EXPECT_EQ(document.selectSingleNode("//a").text().find("hemligt"), std::string::npos);
+    }
+
+    XmlDocument withDtd;
+    EXPECT_TRUE(withDtd.loadXML("<!DOCTYPE a SYSTEM \"http://127.0.0.1:9/none.dtd\"><a>ok</a>"));
+    EXPECT_EQ(withDtd.selectSingleNode("//a").text(), "ok");
+}
+
+} // namespace
