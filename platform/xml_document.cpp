@@ -98,6 +98,18 @@ struct XPathResult {
                                                                           xmlXPathFreeObject};
 };
 
+} // namespace
+
+// A node going into a tree is no longer the job of the document that made it, whichever
+// document's tree it joins.
+void placeNode(xmlNodePtr node) {
+    if (node->doc != nullptr && node->doc->_private != nullptr) {
+        static_cast<XmlDocument *>(node->doc->_private)->unplaced_.erase(node);
+    }
+}
+
+namespace {
+
 XPathResult evaluate(xmlNodePtr node, const std::string &query) {
     if (node == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
@@ -177,6 +189,7 @@ XmlNode XmlNode::appendChild(XmlNode child) const {
     if (node_ == nullptr || child.node_ == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
     }
+    placeNode(child.node_);
     xmlUnlinkNode(child.node_);
     return XmlNode(xmlAddChild(node_, child.node_));
 }
@@ -191,6 +204,7 @@ XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
     if (reference.node_->parent != node_) {
         runtime::raise(runtime::InvalidArgument);
     }
+    placeNode(child.node_);
     xmlUnlinkNode(child.node_);
     return XmlNode(xmlAddPrevSibling(reference.node_, child.node_));
 }
@@ -233,6 +247,7 @@ std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
 XmlDocument::XmlDocument() {
     initialiseXml();
     doc_ = xmlNewDoc(xc("1.0"));
+    claimDocument();
 }
 
 XmlDocument::~XmlDocument() {
@@ -241,11 +256,12 @@ XmlDocument::~XmlDocument() {
 }
 
 XmlDocument::XmlDocument(XmlDocument &&other) noexcept
-    : doc_(other.doc_), created_(std::move(other.created_)),
+    : doc_(other.doc_), unplaced_(std::move(other.unplaced_)),
       parseError_(std::move(other.parseError_)), async_(other.async_),
       validateOnParse_(other.validateOnParse_) {
     other.doc_ = nullptr;
-    other.created_.clear();
+    other.unplaced_.clear();
+    claimDocument();
 }
 
 XmlDocument &XmlDocument::operator=(XmlDocument &&other) noexcept {
@@ -253,23 +269,28 @@ XmlDocument &XmlDocument::operator=(XmlDocument &&other) noexcept {
         freeUnlinked();
         xmlFreeDoc(doc_);
         doc_ = other.doc_;
-        created_ = std::move(other.created_);
+        unplaced_ = std::move(other.unplaced_);
         parseError_ = std::move(other.parseError_);
         async_ = other.async_;
         validateOnParse_ = other.validateOnParse_;
         other.doc_ = nullptr;
-        other.created_.clear();
+        other.unplaced_.clear();
+        claimDocument();
     }
     return *this;
 }
 
 void XmlDocument::freeUnlinked() {
-    for (xmlNodePtr node : created_) {
-        if (node->parent == nullptr) {
-            xmlFreeNode(node);
-        }
+    for (xmlNodePtr node : unplaced_) {
+        xmlFreeNode(node);
     }
-    created_.clear();
+    unplaced_.clear();
+}
+
+void XmlDocument::claimDocument() {
+    if (doc_ != nullptr) {
+        doc_->_private = this;
+    }
 }
 
 bool XmlDocument::load(const std::string &path) {
@@ -318,6 +339,7 @@ void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
     freeUnlinked();
     xmlFreeDoc(doc_);
     doc_ = parsed;
+    claimDocument();
     parseError_ = {};
     std::string declaration;
     if (leadingDeclaration(text, declaration) && doc_->children != nullptr) {
@@ -332,7 +354,7 @@ void XmlDocument::save(const std::string &path) const {
 XmlNode XmlDocument::createProcessingInstruction(const std::string &target,
                                                  const std::string &data) {
     xmlNodePtr node = xmlNewDocPI(doc_, xc(target), xc(data));
-    created_.push_back(node);
+    unplaced_.insert(node);
     return XmlNode(node);
 }
 
@@ -341,7 +363,7 @@ XmlNode XmlDocument::createNode(int type, const std::string &name, const std::st
         runtime::raise(runtime::InvalidArgument);
     }
     xmlNodePtr node = xmlNewDocNode(doc_, nullptr, xc(name), nullptr);
-    created_.push_back(node);
+    unplaced_.insert(node);
     return XmlNode(node);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 struct _xmlNode;
@@ -107,9 +108,12 @@ private:
     bool parse(const std::string &bytes, bool decoded);
     void adopt(_xmlDoc *parsed, const std::string &text);
     void freeUnlinked();
+    void claimDocument();
+    friend void placeNode(_xmlNode *node);
 
     _xmlDoc *doc_ = nullptr;
-    std::vector<_xmlNode *> created_;
+    // Nodes made here and not yet placed in any tree; they are freed with the document.
+    std::unordered_set<_xmlNode *> unplaced_;
     ParseError parseError_;
     bool async_ = true;
     bool validateOnParse_ = true;

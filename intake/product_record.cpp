@@ -1,0 +1,96 @@
+#include "intake/product_record.h"
+
+#include "core/clock.h"
+#include "core/conversions.h"
+#include "core/document_building.h"
+
+#include <string>
+
+namespace mirelo {
+namespace {
+
+constexpr const char *PrescriberName = "//NewPrescriptionMessage/PrescriptionMessage/MessageSender/"
+                                       "HealthcareAgent/HealthcareParty/HealthcarePerson/Name";
+constexpr const char *IssueTime =
+    "//NewPrescriptionMessage/PrescriptionMessage/GeneralPrescriptionMessageInformation/"
+    "IdOfMessageByOriginator/IssueDateAndTimeOfMessage";
+constexpr const char *Dosage = "PrescribedMedicinalProduct/InstructionsForUse/"
+                               "UnstructuredInstructionsForUse/UnstructuredDosageAdmin";
+constexpr const char *Repeats = "PrescribedMedicinalProduct/RepeatDispensingInstructions/";
+
+std::string textOf(const platform::XmlNode &from, const std::string &query) {
+    return from.selectSingleNode(query).text();
+}
+
+// An unregistered item gets a number no other product shares, so that it is never merged with
+// anything; two of them built within the same second do share it.
+std::string registeredNumber(const platform::XmlNode &item) {
+    const std::string regNr = textOf(item, "RegNr");
+    if (!regNr.empty()) {
+        return regNr;
+    }
+    return Now().toString(QStringLiteral("yyyyMMddHHmmss")).toStdString();
+}
+
+std::string dosageText(const platform::XmlNode &item) {
+    const platform::XmlNode dosage = item.selectSingleNode(Dosage);
+    return dosage ? dosage.text() : std::string();
+}
+
+void appendProduct(platform::XmlDocument &products, const platform::XmlNode &root,
+                   const platform::XmlNode &message, const platform::XmlNode &item) {
+    const platform::XmlNode product = AppendElement(products, root, "Product");
+    const auto field = [&](const char *name, const std::string &text) {
+        AppendField(products, product, name, text);
+    };
+    field("ID", textOf(message, "//PrescriptionSetId") + "_" + textOf(item, "PrescriptionItemId"));
+    field("Vnr",
+          textOf(item,
+                 "PrescribedMedicinalProduct/MedicinalProduct/ManufacturedProductId/ProductId"));
+    field("RegNr", registeredNumber(item));
+    field("ProductName", textOf(item, "Pnmn"));
+    field("CompanyName", textOf(item, "Tknm"));
+    field("Form", textOf(item, "Berf"));
+    field("Str", textOf(item, "Strnum") + " " + textOf(item, "Strenh"));
+    field("ATCcode", textOf(item, "Atccode"));
+    field("SubstitutionType", "");
+    field("CareCoverageType", textOf(item, "PaymentDetails/PaymentConditions/CareCoverageType"));
+    field("NumberOfPackages",
+          textOf(item, "PrescribedMedicinalProduct/MedicinalProduct/Package/NumberOfPackages"));
+    field("PackageSize", textOf(item, "Forpstl"));
+    field("UnstructuredDosageAdmin", dosageText(item));
+    const std::string repeats = textOf(item, std::string(Repeats) + "DispensingRepeatNumber");
+    field("DispensingRepeatNumber", repeats);
+    // The interval means something only for a prescription that may be dispensed again.
+    if (CDbl(repeats) > 1) {
+        field("TimeValue", textOf(item, std::string(Repeats) + "TimeInterval/TimeValue"));
+        field("TimeUnit", textOf(item, std::string(Repeats) + "TimeInterval/TimeUnit"));
+    }
+    field("PrescribedBy", textOf(message, PrescriberName));
+    field("PrescribedTimestamp", textOf(message, IssueTime));
+    field("Checked", "1");
+    field("ExtendedMedicalInfo", "");
+    field("ExtendedMedicalInfoBy", "");
+    field("ExtendedMedicalInfoTimestamp", "");
+    // The prescriber put the medication in, at the moment of the prescription; not the local
+    // user at the moment of intake.
+    field("InsertedBy", textOf(message, PrescriberName));
+    field("InsertedTimestamp", textOf(message, IssueTime));
+    field("TakenOutBy", "");
+    field("TakenOutTimestamp", "");
+    field("Allergic", "0");
+    field("AllergicHistory", "0");
+}
+
+} // namespace
+
+platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
+    platform::XmlDocument products;
+    const platform::XmlNode root = StartDocument(products, "VnrCheck");
+    for (const platform::XmlNode &item : message.selectNodes("//PrescriptionItemDetails")) {
+        appendProduct(products, root, message.asNode(), item);
+    }
+    return products;
+}
+
+} // namespace mirelo

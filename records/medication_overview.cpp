@@ -1,0 +1,206 @@
+#include "records/medication_overview.h"
+
+#include "core/conversions.h"
+#include "platform/file_system.h"
+#include "records/patient_file.h"
+
+#include <algorithm>
+
+namespace mirelo {
+namespace {
+
+using namespace medication_grid;
+using cell_alignment::CenterCenter;
+using cell_alignment::LeftCenter;
+using cell_alignment::RightBottom;
+
+// The blanks in front of the hidden captions and the dosage heading are part of them: they
+// bring a left-aligned heading towards the middle of its cell.
+const std::array<GridColumnLayout, Cols> Layout = {{
+    {200, "", std::nullopt, std::nullopt, RightBottom},
+    {200, "", std::nullopt, CenterCenter, RightBottom},
+    {260, "", std::nullopt, std::nullopt, RightBottom},
+    {3400, "Läkemedel", CenterCenter, std::nullopt, LeftCenter},
+    {1080, "Ordinerat", CenterCenter, std::nullopt, LeftCenter},
+    {700, "Exp.", CenterCenter, std::nullopt, CenterCenter},
+    {1320, "Förpack.", CenterCenter, std::nullopt, LeftCenter},
+    {0, " ID", CenterCenter, std::nullopt, LeftCenter},
+    {0, " ATC", CenterCenter, std::nullopt, LeftCenter},
+    {0, " RegNr", CenterCenter, std::nullopt, LeftCenter},
+    {4000, "                       Dosering", LeftCenter, std::nullopt, LeftCenter},
+}};
+
+std::string field(const platform::XmlNode &product, const char *name) {
+    return product.selectSingleNode(name).text();
+}
+
+// Flags are numeric text: an empty or wordy flag fails the fill instead of reading as "no".
+bool flagIsSet(const platform::XmlNode &product, const char *name) {
+    return CInt(field(product, name)) == 1;
+}
+
+std::string displayName(const platform::XmlNode &product) {
+    const std::string name = field(product, "ProductName");
+    const std::string form = field(product, "Form");
+    const std::string strength = field(product, "Str");
+    return name + " " + form + " " + strength + " " + field(product, "CompanyName");
+}
+
+// A package size may be absent; only then is the column empty, an empty size still reads
+// "2 X ".
+std::string packages(const platform::XmlNode &product) {
+    const platform::XmlNode size = product.selectSingleNode("PackageSize");
+    if (size.isNull()) {
+        return {};
+    }
+    return field(product, "NumberOfPackages") + " X " + size.text();
+}
+
+class GridFill {
+  public:
+    explicit GridFill(MedicationOverview &view) : view_(view) {}
+
+    bool warning() const { return warning_; }
+    void noteWarning() { warning_ = true; }
+
+    // Cells are written one by one, so a product that lacks an element leaves the cells
+    // before it written, as the grid showed them.
+    void writeRow(const platform::XmlNode &product) {
+        view_.rows.emplace_back();
+        const int row = static_cast<int>(view_.rows.size());
+        view_.gridRows = std::max(view_.gridRows, row + 1);
+
+        GridCell &history = cell(row, HistoryIcon);
+        if (flagIsSet(product, "AllergicHistory")) {
+            history.picture = image_list1::AllergyHistory;
+        }
+        // A warning hides a note: the triangle or the N, never both.
+        GridCell &warningOrNote = cell(row, WarningOrNoteIcon);
+        if (flagIsSet(product, "Allergic")) {
+            warningOrNote.picture = image_list1::Warning;
+            warning_ = true;
+        } else if (!field(product, "ExtendedMedicalInfo").empty()) {
+            warningOrNote.picture = image_list1::Note;
+        }
+        GridCell &tick = cell(row, TickBox);
+        tick.picture = flagIsSet(product, "Checked") ? image_list1::Ticked : image_list1::Unticked;
+
+        writeText(row, Product, [&] { return displayName(product); });
+        writeText(row, Prescribed, [&] { return field(product, "PrescribedTimestamp"); });
+        writeText(row, Repeats, [&] { return field(product, "DispensingRepeatNumber") + " ggr"; });
+        writeText(row, Packages, [&] { return packages(product); });
+        writeText(row, ID, [&] { return field(product, "ID"); });
+        writeText(row, ATC, [&] { return field(product, "ATCcode"); });
+        writeText(row, RegNr, [&] { return field(product, "RegNr"); });
+        writeText(row, Dosage, [&] { return field(product, "UnstructuredDosageAdmin"); });
+    }
+
+    // Two current products of one ATC code stand out in red, whole rows; past products and
+    // names play no part, and two empty codes are equal too.
+    void markDuplicateAtc(int currentCount) {
+        for (int i = 1; i <= currentCount; ++i) {
+            for (int j = i + 1; j <= currentCount; ++j) {
+                if (text(i, ATC) == text(j, ATC)) {
+                    paintRow(i);
+                    paintRow(j);
+                }
+            }
+        }
+    }
+
+  private:
+    GridCell &cell(int row, int col) {
+        view_.currentRow = row;
+        GridCell &target = view_.rows[row - 1].cells[col];
+        target.alignment = Layout[col].cellAlignment;
+        return target;
+    }
+
+    // The cell is formatted before its text is read, as the grid had it when a read failed.
+    template <typename Read> void writeText(int row, int col, Read read) {
+        GridCell &target = cell(row, col);
+        target.text = read();
+    }
+
+    const std::string &text(int row, int col) const { return view_.rows[row - 1].cells[col].text; }
+
+    void paintRow(int row) {
+        view_.currentRow = row;
+        for (GridCell &each : view_.rows[row - 1].cells) {
+            each.foreColor = DuplicateAtcColor;
+        }
+    }
+
+    MedicationOverview &view_;
+    bool warning_ = false;
+};
+
+void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview &view) {
+    view.cleared = true;
+    view.txtPnr = patient.selectSingleNode("//Patient/PatientData/Pnr").text();
+    const std::string givenName =
+        patient.selectSingleNode("//Patient/PatientData/FirstGivenName").text();
+    view.txtFName =
+        givenName + " " + patient.selectSingleNode("//Patient/PatientData/FamilyName").text();
+
+    // The file keeps the newest product first, and the grid is never sorted.
+    GridFill grid(view);
+    const std::vector<platform::XmlNode> current =
+        patient.selectNodes("//Product[Checked = \"1\"]");
+    for (const platform::XmlNode &product : current) {
+        grid.writeRow(product);
+    }
+    grid.markDuplicateAtc(static_cast<int>(current.size()));
+
+    const std::vector<platform::XmlNode> past = patient.selectNodes("//Product[Checked = \"0\"]");
+    if (showAll) {
+        for (const platform::XmlNode &product : past) {
+            grid.writeRow(product);
+        }
+    }
+    // A warning on a past product counts even while past products are not shown.
+    if (!grid.warning()) {
+        for (const platform::XmlNode &product : past) {
+            if (flagIsSet(product, "Allergic")) {
+                grid.noteWarning();
+            }
+        }
+    }
+    view.standingButton =
+        grid.warning() ? ExtendedInfoButton::cmdExtInfo : ExtendedInfoButton::cmdNote;
+}
+
+} // namespace
+
+const std::array<GridColumnLayout, Cols> &FlexGridLayout() {
+    return Layout;
+}
+
+MedicationOverview FillFlexGrid(const platform::XmlDocument &patient, bool showAll, int gridRows) {
+    MedicationOverview view;
+    view.gridRows = gridRows;
+    try {
+        fill(patient, showAll, view);
+    } catch (const MireloError &error) {
+        view.failure = error;
+    }
+    return view;
+}
+
+MedicationOverview ReadPatientFolder(const std::string &pnr, bool showAll, int gridRows) {
+    MedicationOverview view;
+    view.gridRows = gridRows;
+    try {
+        const platform::XmlDocument patient =
+            ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path);
+        view = FillFlexGrid(patient, showAll, gridRows);
+    } catch (const MireloError &error) {
+        view.failure = error;
+    }
+    if (view.failure && view.failure->number() == runtime::FileNotFound) {
+        view.failure = MireloError(errors::PatientFileMissing, "Patientens fil saknas.");
+    }
+    return view;
+}
+
+} // namespace mirelo

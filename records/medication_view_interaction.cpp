@@ -1,0 +1,101 @@
+#include "records/medication_view_interaction.h"
+
+#include "core/conversions.h"
+#include "records/patient_file.h"
+
+namespace mirelo {
+namespace {
+
+std::string field(const platform::XmlNode &product, const char *name) {
+    return product.selectSingleNode(name).text();
+}
+
+std::string numberAndDescription(const MireloError &error) {
+    return std::to_string(error.number()) + " " + error.description();
+}
+
+} // namespace
+
+std::optional<DetailPanel> DetailPanelOnSelChange(const std::string &pnr,
+                                                  const GridSelection &selection) {
+    const platform::XmlDocument patient = ReadPatientFile(PatientFilePath(pnr));
+    const bool onHeading =
+        (selection.mouseCol == medication_grid::WarningOrNoteIcon || selection.mouseRow == 0) &&
+        selection.row == 0;
+    if (onHeading) {
+        return std::nullopt;
+    }
+    DetailPanel panel;
+    if (selection.productText.empty()) {
+        return panel;
+    }
+    // Should two products share an ID, the newer, first in the file, is the one shown.
+    const platform::XmlNode product =
+        patient.selectSingleNode("//Product[ID = \"" + selection.id + "\"]");
+    panel.frame1Caption =
+        selection.productText + ", ordinerat av: " + field(product, "PrescribedBy");
+    panel.label12 = field(product, "InsertedBy");
+    panel.label16 = field(product, "InsertedTimestamp");
+    panel.label13 = field(product, "TakenOutBy");
+    panel.label17 = field(product, "TakenOutTimestamp");
+    const bool warning = CBool(field(product, "Allergic"));
+    panel.warningLineVisible = warning;
+    if (warning) {
+        panel.standingButton = ExtendedInfoButton::cmdExtInfo;
+    }
+    panel.cmdAllergicHistoryVisible = CInt(field(product, "AllergicHistory")) == 1;
+    panel.markRow = true;
+    return panel;
+}
+
+GridClick MeaningOfMouseDown(int button, int mouseRow, int mouseCol, int picture) {
+    constexpr int LeftButton = 1;
+    if (button != LeftButton) {
+        return GridClick::Nothing;
+    }
+    switch (mouseCol) {
+    case medication_grid::TickBox:
+        if (picture == image_list1::Ticked) {
+            return GridClick::TakeOut;
+        }
+        return picture == image_list1::Unticked ? GridClick::PutBack : GridClick::Nothing;
+    case medication_grid::WarningOrNoteIcon:
+        return mouseRow != 0 && (picture == image_list1::Warning || picture == image_list1::Note)
+                   ? GridClick::OpenExtendedInfo
+                   : GridClick::Nothing;
+    case medication_grid::HistoryIcon:
+        return mouseRow != 0 && picture == image_list1::AllergyHistory
+                   ? GridClick::OpenAllergyHistory
+                   : GridClick::Nothing;
+    default:
+        return GridClick::Nothing;
+    }
+}
+
+ReselectionAfterTick ReselectAfterTick(GridClick tick, bool showAll) {
+    return tick == GridClick::TakeOut && !showAll ? ReselectionAfterTick::FirstRow
+                                                  : ReselectionAfterTick::ById;
+}
+
+platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error) {
+    return {error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"};
+}
+
+ChkModeFailure ChkModeFailureReport(const MireloError &error) {
+    if (error.number() == errors::PatientFileDamaged ||
+        error.number() == errors::PatientFileMissing) {
+        return {{error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop,
+                 "Mirelo"},
+                true};
+    }
+    return {{numberAndDescription(error), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::None,
+             "Mirelo"},
+            false};
+}
+
+platform::MsgBoxRequest SetupFlexGridFailureBox(const MireloError &error) {
+    return {"Kunde inte skapa struktur för flexgrid: " + error.description(),
+            platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"};
+}
+
+} // namespace mirelo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace mirelo::testing {
+
+// One Product of a patient file as a test wants it; every element of the ordinary product
+// has a plain value unless a test names another, and `omitted` leaves elements out.
+struct ProductFields {
+    std::string id = "1_1";
+    std::string regNr = "100001";
+    std::string productName = "Alvedon";
+    std::string companyName = "Orion";
+    std::string form = "Tablett";
+    std::string strength = "500 mg";
+    std::string atcCode = "N02BE01";
+    std::string numberOfPackages = "1";
+    std::optional<std::string> packageSize = "20 st";
+    std::string dosage = "1 tablett 3 gånger dagligen";
+    std::string repeats = "1";
+    std::string prescribedBy = "Doktor Ek";
+    std::string prescribedTimestamp = "2026-01-10T09:30:00";
+    std::string checked = "1";
+    std::string note;
+    std::string noteBy;
+    std::string noteTimestamp;
+    std::string insertedBy = "Doktor Ek";
+    std::string insertedTimestamp = "2026-01-10T09:30:00";
+    std::string takenOutBy;
+    std::string takenOutTimestamp;
+    std::string allergic = "0";
+    std::string allergicHistory = "0";
+    std::set<std::string> omitted;
+};
+
+// The plain text of a patient file, UTF-8, its products in the order given (newest first).
+// Without products there is no MedicalList, as for a patient whose first message is pending.
+std::string patientText(const std::string &pnr, const std::string &familyName,
+                        const std::string &givenName, const std::vector<ProductFields> &products);
+
+// Stores UTF-8 text as a patient file in the data folder under the given file name,
+// scrambled by the rule itself.
+void storePatientFile(const std::string &fileName, const std::string &utf8Text);
+
+std::string utf8ToLatin1(const std::string &utf8);
+
+} // namespace mirelo::testing

@@ -1,0 +1,159 @@
+#include "core/application_context.h"
+#include "core/mirelo_error.h"
+#include "intake/message_to_patient.h"
+#include "prescription_message_builder.h"
+#include "stored_patient_reading.h"
+#include "test_environment.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+using namespace mirelo;
+using mirelo::testing::childFields;
+using mirelo::testing::Fields;
+using mirelo::testing::MessageItem;
+using mirelo::testing::PrescriptionMessage;
+
+namespace {
+
+class MessageToPatientTest : public mirelo::testing::ApplicationTest {
+  protected:
+    std::string dropMessage(const PrescriptionMessage &message, const std::string &name = "m.xml") {
+        const std::string file = path("in/" + name);
+        mirelo::testing::writePrescriptionMessage(file, message);
+        return file;
+    }
+
+    std::string dataFile(const std::string &name) { return path("data/" + name); }
+};
+
+TEST_F(MessageToPatientTest, a_new_personal_number_starts_a_file_with_the_messages_patient_data) {
+    PrescriptionMessage message;
+    message.pnr = "19121212-1212";
+    message.items = {MessageItem{}};
+
+    EXPECT_EQ(ImportPrescriptionFile(dropMessage(message)), "19121212-1212");
+
+    const std::string stored = mirelo::testing::readBytes(dataFile("19121212-1212.xml"));
+    const std::string plain = mirelo::testing::unscrambleBytes(stored);
+    EXPECT_EQ(plain.rfind("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>", 0), 0u);
+    // Swedish letters are stored as their single bytes.
+    EXPECT_NE(plain.find("<FamilyName>\xC5str\xF6m</FamilyName>"), std::string::npos) << plain;
+
+    const platform::XmlDocument patient =
+        mirelo::testing::readStoredPatient(dataFile("19121212-1212.xml"));
+    EXPECT_EQ(patient.documentElement().nodeName(), "Patient");
+    const Fields expected = {
+        {"FamilyName", "Åström"},      {"FirstGivenName", "Märta"}, {"Pnr", "19121212-1212"},
+        {"StreetName", "Ängsvägen 3"}, {"PostalCode", "411 05"},    {"City", "Göteborg"},
+        {"GeneralInfo", ""},           {"GeneralInfoBy", ""},       {"GeneralInfoTimestamp", ""},
+    };
+    EXPECT_EQ(childFields(patient.selectSingleNode("/Patient/PatientData")), expected);
+    EXPECT_EQ(patient.selectNodes("/Patient/MedicalList/Product").size(), 1u);
+    EXPECT_EQ(patient.documentElement().childNodes().size(), 2u);
+}
+
+TEST_F(MessageToPatientTest, a_later_message_overwrites_the_six_fields_and_keeps_the_rest) {
+    const std::string earlier =
+        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<Patient>\r\n\t<PatientData>"
+        "<FamilyName>Berg</FamilyName><FirstGivenName>Nils</FirstGivenName><Pnr>42</Pnr>"
+        "<StreetName>Gamla v\xE4gen 1</StreetName><PostalCode>123 45</PostalCode>"
+        "<City>Lund</City><GeneralInfo>Diabetes\ntyp 2</GeneralInfo>"
+        "<GeneralInfoBy>Doktor Ek</GeneralInfoBy>"
+        "<GeneralInfoTimestamp>2026-01-05 09:00:00</GeneralInfoTimestamp></PatientData>"
+        "<MedicalList><Product><ID>OLD_1</ID><RegNr>555</RegNr><Checked>1</Checked>"
+        "</Product></MedicalList>\r\n</Patient>\r\n";
+    mirelo::testing::writeBytes(dataFile("42.xml"), mirelo::testing::scrambleBytes(earlier));
+
+    PrescriptionMessage message;
+    message.pnr = "42";
+    // The latest message wins, also where it is empty.
+    message.postalCode = "";
+    EXPECT_EQ(ImportPrescriptionFile(dropMessage(message)), "42");
+
+    const platform::XmlDocument patient = mirelo::testing::readStoredPatient(dataFile("42.xml"));
+    const Fields expected = {
+        {"FamilyName", "Åström"},
+        {"FirstGivenName", "Märta"},
+        {"Pnr", "42"},
+        {"StreetName", "Ängsvägen 3"},
+        {"PostalCode", ""},
+        {"City", "Göteborg"},
+        {"GeneralInfo", "Diabetes\ntyp 2"},
+        {"GeneralInfoBy", "Doktor Ek"},
+        {"GeneralInfoTimestamp", "2026-01-05 09:00:00"},
+    };
+    EXPECT_EQ(childFields(patient.selectSingleNode("/Patient/PatientData")), expected);
+    // An item-less message writes the file without touching the list.
+    const auto products = patient.selectNodes("//Product");
+    ASSERT_EQ(products.size(), 1u);
+    EXPECT_EQ(products[0].selectSingleNode("ID").text(), "OLD_1");
+    EXPECT_EQ(products[0].selectSingleNode("Checked").text(), "1");
+}
+
+TEST_F(MessageToPatientTest, an_item_less_message_for_a_new_patient_writes_no_MedicalList) {
+    PrescriptionMessage message;
+    EXPECT_EQ(ImportPrescriptionFile(dropMessage(message)), "191212121212");
+    const platform::XmlDocument patient =
+        mirelo::testing::readStoredPatient(dataFile("191212121212.xml"));
+    ASSERT_EQ(patient.documentElement().childNodes().size(), 1u);
+    EXPECT_EQ(patient.documentElement().childNodes()[0].nodeName(), "PatientData");
+}
+
+TEST_F(MessageToPatientTest, an_empty_personal_number_writes_the_nameless_file_and_gives_nothing) {
+    PrescriptionMessage message;
+    message.pnr = "";
+    message.items = {MessageItem{}};
+    EXPECT_EQ(ImportPrescriptionFile(dropMessage(message)), "");
+    const platform::XmlDocument patient = mirelo::testing::readStoredPatient(dataFile(".xml"));
+    EXPECT_EQ(patient.selectSingleNode("//PatientData/Pnr").text(), "");
+    EXPECT_EQ(patient.selectNodes("//Product").size(), 1u);
+}
+
+TEST_F(MessageToPatientTest, a_damaged_message_or_a_missing_element_writes_nothing) {
+    PrescriptionMessage message;
+    message.items = {MessageItem{}};
+    std::string text = mirelo::testing::prescriptionMessageText(message);
+    mirelo::testing::writeBytes(path("in/cut.xml"), text.substr(0, text.size() / 2));
+    try {
+        ImportPrescriptionFile(path("in/cut.xml"));
+        FAIL() << "a truncated message was taken in";
+    } catch (const MireloError &error) {
+        EXPECT_EQ(error.number(), static_cast<int32_t>(0x80040206));
+        const std::string prefix = "Receptfil är skadad.\r\nAnledning: ";
+        EXPECT_EQ(error.description().rfind(prefix, 0), 0u) << error.description();
+        EXPECT_GT(error.description().size(), prefix.size());
+    }
+
+    PrescriptionMessage noPostalCode;
+    noPostalCode.omitted = {"PostalCode"};
+    try {
+        ImportPrescriptionFile(dropMessage(noPostalCode));
+        FAIL() << "a message without a postal code was taken in";
+    } catch (const MireloError &error) {
+        EXPECT_EQ(error.number(), 91);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(path("data")));
+}
+
+TEST_F(MessageToPatientTest, a_failing_second_item_leaves_the_patient_file_as_it_was) {
+    PrescriptionMessage first;
+    first.pnr = "77";
+    first.items = {MessageItem{}};
+    ImportPrescriptionFile(dropMessage(first, "first.xml"));
+    const std::string before = mirelo::testing::readBytes(dataFile("77.xml"));
+
+    PrescriptionMessage second;
+    second.pnr = "77";
+    second.familyName = "Annat";
+    MessageItem good;
+    good.itemId = "1";
+    MessageItem withoutName;
+    withoutName.itemId = "2";
+    withoutName.omitted = {"Pnmn"};
+    second.items = {good, withoutName};
+    EXPECT_THROW(ImportPrescriptionFile(dropMessage(second, "second.xml")), MireloError);
+    EXPECT_EQ(mirelo::testing::readBytes(dataFile("77.xml")), before);
+}
+
+} // namespace
