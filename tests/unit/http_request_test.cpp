@@ -1,3 +1,4 @@
+#include "closed_port.h"
 #include "core/mirelo_error.h"
 #include "korvalo_process.h"
 #include "platform/http_request.h"
@@ -39,9 +40,8 @@ TEST(HttpRequest, only_http_and_https_are_spoken_and_an_absent_server_is_unreach
     EXPECT_EQ(sendFailure("file:///etc/passwd"), platform::http_errors::InvalidUrl);
     EXPECT_EQ(sendFailure("ftp://127.0.0.1/"), platform::http_errors::InvalidUrl);
 
-    mirelo::testing::KorvaloProcess korvalo;
-    const std::string gone = korvalo.baseUrl() + "/Public/Mirelo/Login.aspx";
-    ASSERT_TRUE(korvalo.stop());
+    const mirelo::testing::ClosedPort closed;
+    const std::string gone = closed.baseUrl() + "/Public/Mirelo/Login.aspx";
     EXPECT_EQ(sendFailure(gone), errors::ServerUnreachable);
 
     HttpRequest request;

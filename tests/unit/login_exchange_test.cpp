@@ -1,4 +1,5 @@
 #include "build_config.h"
+#include "closed_port.h"
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
 #include "exchange/login_exchange.h"
@@ -58,9 +59,14 @@ class LoginExchangeTest : public support::ApplicationTest {
         support::writeBytes(path("users.xml"), UsersFile);
         korvalo = std::make_unique<support::KorvaloProcess>(
             std::vector<std::string>{"--users", path("users.xml")});
+        useServer(korvalo->baseUrl());
+    }
+
+    // A settings file that sends the login to this address.
+    void useServer(const std::string &baseUrl) {
         support::SettingsFields settings;
         settings.dataPath = appDir() + "/data/";
-        settings.server = korvalo->baseUrl();
+        settings.server = baseUrl;
         support::writeSettingsFile(settings);
     }
 
@@ -206,7 +212,8 @@ TEST_F(LoginExchangeTest, Login_a_damaged_settings_file_ends_the_process_before_
 }
 
 TEST_F(LoginExchangeTest, Login_to_a_server_that_is_not_there_can_be_tried_again) {
-    ASSERT_TRUE(korvalo->stop());
+    const support::ClosedPort closed;
+    useServer(closed.baseUrl());
     for (int attempt = 0; attempt < 2; ++attempt) {
         EXPECT_EQ(login("karin", "rätt-lösen"), LoginOutcome::Stay);
     }
@@ -221,10 +228,7 @@ TEST_F(LoginExchangeTest, Login_to_a_server_that_is_not_there_can_be_tried_again
 
 TEST_F(LoginExchangeTest, the_demo_user_is_there_out_of_the_box) {
     support::KorvaloProcess plain;
-    support::SettingsFields settings;
-    settings.dataPath = appDir() + "/data/";
-    settings.server = plain.baseUrl();
-    support::writeSettingsFile(settings);
+    useServer(plain.baseUrl());
 
     EXPECT_EQ(login("demo", "demo123"), LoginOutcome::OpenMainFrame);
     EXPECT_EQ(session().gSignature, "Dr. Karin Lindqvist, Vårdcentralen Åby");

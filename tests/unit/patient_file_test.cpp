@@ -10,17 +10,18 @@ using namespace mirelo;
 namespace {
 
 class PatientFileTest : public mirelo::testing::ApplicationTest {
-protected:
+  protected:
     // A stored file written by the rule itself, from ISO-8859-1 text.
     void storeRaw(const std::string &pnr, const std::string &latin1) {
         mirelo::testing::writeBytes(PatientFilePath(pnr), mirelo::testing::scrambleBytes(latin1));
     }
 };
 
-const std::string Stored = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n"
-                           "<Patient>\r\n\t<PatientData>\r\n\t\t<FamilyName>\xC5str\xF6m</FamilyName>"
-                           "\r\n\t\t<GeneralInfo>rad ett\tmed tabb</GeneralInfo>\r\n\t</PatientData>"
-                           "\r\n</Patient>\r\n";
+const std::string Stored =
+    "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n"
+    "<Patient>\r\n\t<PatientData>\r\n\t\t<FamilyName>\xC5str\xF6m</FamilyName>"
+    "\r\n\t\t<GeneralInfo>rad ett\tmed tabb</GeneralInfo>\r\n\t</PatientData>"
+    "\r\n</Patient>\r\n";
 
 TEST_F(PatientFileTest, the_file_is_named_by_the_personal_number_in_the_data_folder) {
     EXPECT_EQ(PatientFilePath("19121212-1212"), appDir() + "/data/19121212-1212.xml");
@@ -46,7 +47,8 @@ TEST_F(PatientFileTest, a_damaged_file_is_reported_with_its_reason) {
     } catch (const MireloError &error) {
         EXPECT_EQ(error.number(), static_cast<int32_t>(0x80040204));
         EXPECT_EQ(error.description().rfind("Patientfil är skadad.\r\nAnledning: ", 0), 0u);
-        EXPECT_GT(error.description().size(), std::string("Patientfil är skadad.\r\nAnledning: ").size());
+        EXPECT_GT(error.description().size(),
+                  std::string("Patientfil är skadad.\r\nAnledning: ").size());
     }
 
     // A plain XML file is noise after unscrambling, and so damaged too.
@@ -60,9 +62,13 @@ TEST_F(PatientFileTest, writing_stores_the_scrambled_text_and_a_failed_scramble_
     patient.selectSingleNode("//PatientData/FamilyName").setText("Öberg");
     WritePatientFile(patient, PatientFilePath("3"));
 
-    const std::string plain = mirelo::testing::unscrambleBytes(mirelo::testing::readBytes(PatientFilePath("3")));
+    const std::string plain =
+        mirelo::testing::unscrambleBytes(mirelo::testing::readBytes(PatientFilePath("3")));
     EXPECT_EQ(plain.rfind("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>", 0), 0u);
-    EXPECT_NE(plain.find("<FamilyName>\xD6" "berg</FamilyName>"), std::string::npos) << plain;
+    EXPECT_NE(plain.find("<FamilyName>\xD6"
+                         "berg</FamilyName>"),
+              std::string::npos)
+        << plain;
 
     const std::string before = mirelo::testing::readBytes(PatientFilePath("3"));
     patient.selectSingleNode("//PatientData/FamilyName").setText("Maÿ");

@@ -1,3 +1,4 @@
+#include "closed_port.h"
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
 #include "intake/product_number_check.h"
@@ -138,6 +139,8 @@ TEST_F(ProductNumberCheckTest, PostVnrCheck_an_error_page_fails_on_the_missing_o
     }
 
     ASSERT_TRUE(korvalo.stop());
+    const support::ClosedPort closed;
+    session().gServer = closed.baseUrl();
     try {
         PostVnrCheck(message(""));
         FAIL() << "nothing listens any more";

@@ -121,8 +121,7 @@ TEST_F(XmlDocumentTest, insertBefore_with_the_first_child_puts_new_entries_first
     const auto root = mirelo::StartDocument(document, "MedicalList");
     mirelo::AppendField(document, root, "Product", "old");
     const auto children = root.childNodes();
-    root.insertBefore(document.createNode("ELEMENT", "Product", ""), children.at(0))
-        .setText("new");
+    root.insertBefore(document.createNode("ELEMENT", "Product", ""), children.at(0)).setText("new");
     const auto products = document.selectNodes("//Product");
     ASSERT_EQ(products.size(), 2u);
     EXPECT_EQ(products[0].text(), "new");
@@ -135,8 +134,8 @@ TEST_F(XmlDocumentTest, insertBefore_with_the_first_child_puts_new_entries_first
 
 TEST_F(XmlDocumentTest, external_entities_and_dtds_are_never_loaded) {
     mirelo::testing::writeBytes(path("secret.txt"), "hemligt");
-    const std::string withEntity = "<!DOCTYPE a [<!ENTITY x SYSTEM \"file://" + path("secret.txt") +
-                                   "\">]><a>&x;</a>";
+    const std::string withEntity =
+        "<!DOCTYPE a [<!ENTITY x SYSTEM \"file://" + path("secret.txt") + "\">]><a>&x;</a>";
     XmlDocument document;
     document.loadXML(withEntity);
     if (document.parseError().errorCode == 0) {

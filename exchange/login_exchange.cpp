@@ -1,0 +1,111 @@
+#include "exchange/login_exchange.h"
+
+#include "build_config.h"
+#include "core/application_context.h"
+#include "core/document_building.h"
+#include "core/mirelo_error.h"
+#include "core/settings_store.h"
+#include "platform/http_request.h"
+#include "platform/message_box.h"
+#include "platform/process_end.h"
+
+#include <cstdint>
+#include <limits>
+
+namespace mirelo {
+namespace {
+
+using platform::MsgBox;
+using platform::MsgBoxButtons;
+using platform::MsgBoxIcon;
+
+LoginOutcome attemptLogin(const LoginScreenInput &screen) {
+    platform::XmlDocument document;
+    platform::HttpRequest request;
+
+    UpdateSettingsFile(screen.chkSaveUsername, screen.txtUsername);
+    if (screen.txtUsername.empty() || screen.txtPassword.empty()) {
+        MsgBox("Fyll i Användarnamn samt Lösenord.", MsgBoxButtons::OK, MsgBoxIcon::None);
+        return LoginOutcome::Stay;
+    }
+
+    document = BuildLoginXML(screen.txtUsername, screen.txtPassword);
+    request.open("POST", session().gServer + session().gLoginUrl, false);
+    request.send(document.xml());
+
+    document.setAsync(false);
+    document.setValidateOnParse(true);
+    document.load(request.responseStream());
+    if (document.parseError().errorCode != 0) {
+        throw MireloError(
+            errors::LoginResponseDamaged,
+            withReason("Svaret från Korvalo kunde inte behandlas.", document.parseError().reason));
+    }
+
+    const std::string signature = document.selectSingleNode("//Signature").text();
+    StartSession(screen.txtUsername, screen.txtPassword, signature);
+    return HandleLoginResponse(document);
+}
+
+} // namespace
+
+platform::XmlDocument BuildLoginXML(const std::string &username, const std::string &password) {
+    platform::XmlDocument document;
+    const platform::XmlNode root = StartDocument(document, "User");
+    AppendField(document, root, "Username", username);
+    AppendField(document, root, "Password", password);
+    AppendField(document, root, "Version", build::version);
+    return document;
+}
+
+LoginOutcome Login(const LoginScreenInput &screen) {
+    try {
+        return attemptLogin(screen);
+    } catch (const MireloError &error) {
+        if (error.number() == errors::ServerUnreachable) {
+            MsgBox("Kunde inte ansluta till Mirelos loginserver. Kontrollera din "
+                   "internetförbindelse.",
+                   MsgBoxButtons::OK, MsgBoxIcon::Stop);
+            return LoginOutcome::Stay;
+        }
+        MsgBox("Kontakta support och ange följande fel: " + std::to_string(error.number()) + " " +
+                   error.description(),
+               MsgBoxButtons::OK, MsgBoxIcon::Stop);
+        platform::EndProcess();
+    }
+}
+
+LoginOutcome HandleLoginResponse(const platform::XmlDocument &response) {
+    std::string collected;
+    int16_t count = 0;
+    bool refused = false;
+    bool mainFrameOpened = false;
+
+    for (const platform::XmlNode &message : response.selectNodes("//Message")) {
+        if (count == std::numeric_limits<int16_t>::max()) {
+            runtime::raise(runtime::Overflow);
+        }
+        ++count;
+        const std::string status = message.selectSingleNode("Status").text();
+        if (status == "0") {
+            mainFrameOpened = true;
+        } else if (status == "1" || status == "3") {
+            collected += message.selectSingleNode("Description").text() + "\r\n";
+        } else if (status == "2" || status == "4" || status == "6") {
+            MsgBox(message.selectSingleNode("Description").text(), MsgBoxButtons::OK,
+                   MsgBoxIcon::Stop);
+            refused = true;
+            break;
+        }
+    }
+
+    if (refused || count == 0) {
+        return mainFrameOpened ? LoginOutcome::OpenMainFrame : LoginOutcome::Stay;
+    }
+    if (count > 1) {
+        MsgBox(collected, MsgBoxButtons::OK, MsgBoxIcon::None);
+    }
+    return LoginOutcome::OpenMainFrame;
+}
+
+} // namespace mirelo

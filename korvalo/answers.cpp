@@ -1,0 +1,55 @@
+#include "answers.h"
+
+#include "core/code_page.h"
+
+#include <httplib.h>
+
+namespace korvalo {
+
+std::string EscapeHtml(const std::string &text) {
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (const char c : text) {
+        switch (c) {
+        case '&':
+            escaped += "&amp;";
+            break;
+        case '<':
+            escaped += "&lt;";
+            break;
+        case '>':
+            escaped += "&gt;";
+            break;
+        case '"':
+            escaped += "&quot;";
+            break;
+        case '\'':
+            escaped += "&#39;";
+            break;
+        default:
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+void AnswerPage(httplib::Response &response, int status, const std::string &title,
+                const std::string &bodyHtml) {
+    response.status = status;
+    response.set_content("<!DOCTYPE html>\n<html lang=\"sv\"><head><meta charset=\"utf-8\">"
+                         "<title>" +
+                             EscapeHtml(title) + "</title></head>\n<body>\n<h1>" +
+                             EscapeHtml(title) + "</h1>\n" + bodyHtml + "\n</body></html>\n",
+                         "text/html; charset=utf-8");
+}
+
+void AnswerError(httplib::Response &response, int status, const std::string &message) {
+    AnswerPage(response, status, "Korvalo: fel", "<p>" + EscapeHtml(message) + "</p>");
+}
+
+void AnswerDocument(httplib::Response &response, const mirelo::platform::XmlDocument &document) {
+    response.status = 200;
+    response.set_content(mirelo::Utf8ToCodePage(document.xml()), "text/xml; charset=ISO-8859-1");
+}
+
+} // namespace korvalo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/xml_document.h"
+
+#include <string>
+
+namespace httplib {
+struct Response;
+}
+
+namespace korvalo {
+
+// Text made safe to stand in HTML, in element content and in quoted attribute values.
+std::string EscapeHtml(const std::string &text);
+
+// A whole page, UTF-8, with a heading and a body that is already HTML.
+void AnswerPage(httplib::Response &response, int status, const std::string &title,
+                const std::string &bodyHtml);
+
+// An error page: what went wrong, in words only, escaped.
+void AnswerError(httplib::Response &response, int status, const std::string &message);
+
+// A document of ours, in the ISO-8859-1 its declaration names, as a client parses it.
+void AnswerDocument(httplib::Response &response, const mirelo::platform::XmlDocument &document);
+
+} // namespace korvalo

@@ -1,0 +1,106 @@
+#include "prescribe_route.h"
+
+#include "answers.h"
+#include "prescription_message.h"
+
+#include <httplib.h>
+
+namespace korvalo {
+namespace {
+
+std::string hidden(const char *name, const std::string &value) {
+    return std::string("<input type=\"hidden\" name=\"") + name + "\" value=\"" +
+           EscapeHtml(value) + "\">\n";
+}
+
+std::string prescriberOf(const ServiceState &state, const std::string &username) {
+    const User *user = FindUser(state.users, username);
+    if (user != nullptr && user->signature && !user->signature->empty()) {
+        return *user->signature;
+    }
+    return username.empty() ? "Okänd förskrivare" : username;
+}
+
+void prescribe(ServiceState &state, const httplib::Request &request, httplib::Response &response) {
+    if (state.inbox.empty()) {
+        AnswerError(response, 503,
+                    "Korvalo startades utan inkorg (--inbox): inget kan förskrivas.");
+        return;
+    }
+    Prescription prescription{
+        {request.get_param_value("pnr"), request.get_param_value("familyName"),
+         request.get_param_value("givenName"), request.get_param_value("streetName"),
+         request.get_param_value("postalCode"), request.get_param_value("city")},
+        prescriberOf(state, request.get_param_value("username")),
+        IssueTimestampNow(),
+        {}};
+    std::string receipt;
+    for (std::size_t i = 0; i < request.get_param_value_count("vnr"); ++i) {
+        const std::string vnr = request.get_param_value("vnr", i);
+        const CatalogueProduct *product = FindProduct(vnr);
+        if (product == nullptr) {
+            AnswerError(response, 400, "Okänt varunummer: " + vnr);
+            return;
+        }
+        PrescribedItem item;
+        item.product = *product;
+        item.dosage = request.get_param_value("dosage_" + vnr);
+        item.numberOfPackages = request.get_param_value("packages_" + vnr);
+        if (item.numberOfPackages.empty()) {
+            item.numberOfPackages = "1";
+        }
+        prescription.items.push_back(item);
+        receipt += "<li>" +
+                   EscapeHtml(product->name + " " + product->strengthNumber + " " +
+                              product->strengthUnit + ", " + item.dosage) +
+                   "</li>\n";
+    }
+    if (prescription.items.empty()) {
+        AnswerError(response, 400, "Välj minst ett läkemedel att förskriva.");
+        return;
+    }
+    const std::string path = WritePrescriptionMessage(state.inbox, prescription);
+    AnswerPage(response, 200, "Receptet är skickat",
+               "<p id=\"kvitto\">Förskrivet till " + EscapeHtml(prescription.patient.pnr) + " av " +
+                   EscapeHtml(prescription.prescriber) + ":</p>\n<ul>\n" + receipt +
+                   "</ul>\n<p>Meddelande: " + EscapeHtml(path.substr(path.find_last_of('/') + 1)) +
+                   "</p>");
+}
+
+} // namespace
+
+std::string PrescribeFormHtml(const PatientOnPage &patient) {
+    std::string html =
+        std::string("<h2>Förskriv</h2>\n<form name=\"Prescribe\" method=\"post\" "
+                    "action=\"") +
+        PrescribePath + "\">\n" + hidden("pnr", patient.pnr) +
+        hidden("familyName", patient.familyName) + hidden("givenName", patient.givenName) +
+        hidden("streetName", patient.streetName) + hidden("postalCode", patient.postalCode) +
+        hidden("city", patient.city) + hidden("username", patient.username) +
+        "<table id=\"katalog\">\n<tr><th></th><th>Varunr</th><th>RegNr</th>"
+        "<th>Namn</th><th>Företag</th><th>Form</th><th>Styrka</th><th>ATC</th>"
+        "<th>Förpackning</th><th>Dosering</th><th>Antal</th></tr>\n";
+    for (const CatalogueProduct &product : Catalogue()) {
+        html += "<tr><td><input type=\"checkbox\" name=\"vnr\" value=\"" + EscapeHtml(product.vnr) +
+                "\"></td>";
+        for (const std::string &value :
+             {product.vnr, product.regNr, product.name, product.company, product.form,
+              product.strengthNumber + " " + product.strengthUnit, product.atcCode,
+              product.packageSize}) {
+            html += "<td>" + EscapeHtml(value) + "</td>";
+        }
+        html += "<td><input name=\"dosage_" + EscapeHtml(product.vnr) +
+                "\" value=\"1 tablett dagligen\"></td><td><input name=\"packages_" +
+                EscapeHtml(product.vnr) + "\" value=\"1\" size=\"3\"></td></tr>\n";
+    }
+    return html + "</table>\n<p><input type=\"submit\" value=\"Förskriv\"></p>\n</form>";
+}
+
+void AddPrescribeRoute(httplib::Server &server, ServiceState &state) {
+    server.Post(PrescribePath,
+                [&state](const httplib::Request &request, httplib::Response &response) {
+                    prescribe(state, request, response);
+                });
+}
+
+} // namespace korvalo
