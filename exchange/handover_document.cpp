@@ -1,0 +1,42 @@
+#include "exchange/handover_document.h"
+
+#include "build_config.h"
+#include "core/application_context.h"
+#include "core/document_building.h"
+#include "core/mirelo_error.h"
+#include "platform/message_box.h"
+
+namespace mirelo {
+
+std::optional<platform::XmlDocument> CreatePrescriptionXML(platform::XmlDocument *patient,
+                                                           const std::string &pnr) {
+    try {
+        platform::XmlDocument handover;
+        const platform::XmlNode root = StartDocument(handover, "Patient");
+        const platform::XmlNode prescriber = AppendElement(handover, root, "PrescriberInfo");
+        AppendField(handover, prescriber, "Username", session().gUsername);
+        AppendField(handover, prescriber, "Password", session().gPassword);
+        AppendField(handover, prescriber, "Path", InboxFolder());
+        AppendField(handover, prescriber, "Version", build::version);
+        if (patient == nullptr) {
+            AppendField(handover, prescriber, "Pnr", pnr);
+            return handover;
+        }
+        const platform::XmlNode patientData = patient->selectSingleNode("//PatientData");
+        if (patientData.isNull()) {
+            runtime::raise(runtime::ObjectNotSet);
+        }
+        root.appendChild(patientData);
+        const platform::XmlNode medicalList = AppendElement(handover, root, "MedicalList");
+        for (const platform::XmlNode &product : patient->selectNodes("//Product[Checked = \"1\"]")) {
+            medicalList.appendChild(product);
+        }
+        return handover;
+    } catch (const MireloError &error) {
+        platform::MsgBox("Kunde inte skapa förskrivningsfil: " + error.description(),
+                         platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo");
+        return std::nullopt;
+    }
+}
+
+} // namespace mirelo

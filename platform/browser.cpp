@@ -1,0 +1,26 @@
+#include "platform/browser.h"
+
+#include <stdexcept>
+
+namespace mirelo::platform {
+namespace {
+
+std::function<std::unique_ptr<Browser>()> &factory() {
+    static std::function<std::unique_ptr<Browser>()> current;
+    return current;
+}
+
+} // namespace
+
+std::unique_ptr<Browser> CreateBrowser() {
+    if (!factory()) {
+        throw std::logic_error("no browser installed");
+    }
+    return factory()();
+}
+
+void setBrowserFactory(std::function<std::unique_ptr<Browser>()> next) {
+    factory() = std::move(next);
+}
+
+} // namespace mirelo::platform

@@ -1,0 +1,375 @@
+#include "screens/frmShowPatient.h"
+
+#include "core/application_context.h"
+#include "exchange/browser_handoff.h"
+#include "exchange/handover_document.h"
+#include "platform/gui/flex_grid.h"
+#include "platform/message_box.h"
+#include "records/medical_list_update.h"
+#include "records/patient_file.h"
+#include "records/medication_view_interaction.h"
+#include "screens/frmMain.h"
+#include "screens/mainApp.h"
+#include "screens/screen_instance.h"
+#include "screens/screen_layout.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+namespace mirelo::screens {
+namespace {
+
+QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
+                  int width, int height, bool bold = false) {
+    auto *label = makeControl<QLabel>(parent, name, caption);
+    placeTwips(label, left, top, width, height);
+    if (bold) {
+        label->setFont(verdana(8.25, true));
+    }
+    return label;
+}
+
+// The panel's value labels grow to their text from their designed width.
+QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top) {
+    QLabel *label = makeLabel(parent, name, QString(), left, top, 60, 195);
+    label->setMinimumWidth(px(60));
+    return label;
+}
+
+void setGrowingText(QLabel *label, const std::string &text) {
+    label->setText(QString::fromStdString(text));
+    label->adjustSize();
+}
+
+// The seven pictures of the grid, by their place from 1: tick, empty box, warning, two unused
+// letters, note, allergy history.
+std::vector<QPixmap> ImageList1() {
+    std::vector<QPixmap> images;
+    for (int number = 1; number <= 7; ++number) {
+        images.emplace_back(QStringLiteral(":/icons/imagelist1_%1.svg").arg(number));
+    }
+    return images;
+}
+
+QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
+                        int top, int width, int height) {
+    auto *button = makeControl<QPushButton>(parent, name, caption);
+    placeTwips(button, left, top, width, height);
+    button->setAutoDefault(false);
+    return button;
+}
+
+} // namespace
+
+frmShowPatient::frmShowPatient() {
+    setObjectName(QStringLiteral("frmShowPatient"));
+    setWindowTitle(QStringLiteral("Visa Patient"));
+    sizeTwips(this, 11970, 8280);
+    setFont(verdana(8.25));
+    setAutoFillBackground(true);
+    setPalette(QPalette(Qt::white));
+
+    Image2 = makeControl<QLabel>(this, "Image2");
+    Image2->setPixmap(QPixmap(QStringLiteral(":/pictures/medication_background.svg")));
+    Image2->setGeometry(0, 0, 794, 548);
+    Image2->setScaledContents(true);
+
+    Label1 = makeLabel(this, "Label1", QStringLiteral("Patient:"), 360, 360, 1455, 255);
+    txtPnr = makeLabel(this, "txtPnr", QString(), 1080, 360, 510, 195);
+    txtPnr->setMinimumWidth(px(510));
+    txtFName = makeLabel(this, "txtFName", QString(), 2520, 360, 810, 195);
+    txtStreet = makeLabel(this, "txtStreet", QString(), 5640, 420, 2355, 255);
+    txtZipCity = makeLabel(this, "txtZipCity", QString(), 5640, 720, 2415, 255);
+    cmdPatInfo = makeButton(this, "cmdPatInfo", QStringLiteral("Mer info"), 360, 600, 975, 255);
+
+    Frame1 = makeControl<QGroupBox>(this, "Frame1");
+    placeTwips(Frame1, 360, 1320, 6975, 1215);
+    Frame1->setAutoFillBackground(true);
+    Label9 = makeLabel(Frame1, "Label9", QStringLiteral("Insatt av:"), 120, 300, 945, 195, true);
+    Label12 = makeValueLabel(Frame1, "Label12", 1200, 300);
+    Label15 = makeLabel(Frame1, "Label15", QStringLiteral("Tidpunkt:"), 3720, 300, 915, 195, true);
+    Label16 = makeValueLabel(Frame1, "Label16", 4750, 300);
+    Label10 = makeLabel(Frame1, "Label10", QStringLiteral("Utsatt av:"), 120, 600, 945, 195, true);
+    Label13 = makeValueLabel(Frame1, "Label13", 1200, 600);
+    Label14 = makeLabel(Frame1, "Label14", QStringLiteral("Tidpunkt:"), 3720, 600, 915, 195, true);
+    Label17 = makeValueLabel(Frame1, "Label17", 4750, 600);
+    Image1 = makeControl<QLabel>(Frame1, "Image1");
+    placeTwips(Image1, 120, 885, 210, 225);
+    Image1->setPixmap(QPixmap(QStringLiteral(":/pictures/warning_small.svg")));
+    Image1->setScaledContents(true);
+    Image1->hide();
+    Label11 = makeLabel(Frame1, "Label11",
+                        QStringLiteral("Läkemedlet har notering om läkemedelsöverkänslighet"), 375,
+                        915, 4725, 195);
+    Label11->hide();
+    cmdAllergicHistory =
+        makeButton(Frame1, "cmdAllergicHistory", QStringLiteral("Historik"), 5760, 880, 1095, 255);
+
+    cmdExtInfo = makeControl<QToolButton>(this, "cmdExtInfo");
+    placeTwips(cmdExtInfo, 9360, 1680, 855, 855);
+    cmdExtInfo->setIcon(QIcon(QStringLiteral(":/pictures/warning_large.svg")));
+    cmdExtInfo->setIconSize(QSize(43, 43));
+    cmdExtInfo->setToolTip(QStringLiteral("Klicka för att se läkemedelsöverkänslighet"));
+    cmdNote = makeButton(this, "cmdNote", QStringLiteral("Notering om patient"), 8880, 2280, 1935,
+                         285);
+
+    Label6 = makeLabel(this, "Label6",
+                       QStringLiteral("Läkemedelslista (Aktuella läkemedel är markerade):"), 360,
+                       2750, 4695, 255);
+    chkMode = makeControl<QCheckBox>(this, "chkMode", QStringLiteral("Visa alla läkemedel"));
+    placeTwips(chkMode, 5820, 2760, 255, 195);
+    chkMode->setFont(QFont());
+    chkMode->setChecked(true);
+    Label8 =
+        makeLabel(this, "Label8", QStringLiteral("Inkludera läkemedelshistorik"), 6060, 2750, 2895, 240);
+
+    FlexGrid = makeControl<platform::FlexGrid>(this, "FlexGrid");
+    placeTwips(FlexGrid, 300, 3000, 11295, 3570);
+    FlexGrid->setImageList(ImageList1());
+    FlexGrid->setFont(verdana(8.25));
+    FlexGrid->setCols(medication_grid::Cols);
+    FlexGrid->setRows(medication_grid::RowsAtStart);
+    FlexGrid->setFixedRows(medication_grid::FixedRows);
+    FlexGrid->setFixedCols(medication_grid::FixedCols);
+
+    Label2 = makeLabel(this, "Label2", QStringLiteral("= Notering om preparat"), 570, 6615, 2220, 225);
+    Label3 = makeLabel(this, "Label3", QStringLiteral("= Historik angående läkemedelsöverkänslighet"),
+                       570, 6825, 4035, 210);
+    Label4 = makeLabel(this, "Label4", QStringLiteral("= Varning om läkemedelsöverkänslighet"), 570,
+                       7035, 4815, 285);
+    Label7 = makeLabel(this, "Label7",
+                       QStringLiteral("Klicka på \"Ordinera\" för att arbeta med denna patient."),
+                       5430, 6765, 2415, 420);
+    Label7->setWordWrap(true);
+    cmdNyPatient =
+        makeButton(this, "cmdNyPatient", QStringLiteral("Välj ny patient"), 8160, 6855, 1815, 285);
+    cmdNyPatient->setShortcut(QKeySequence(Qt::Key_Escape));
+    cmdSend = makeButton(this, "cmdSend", QStringLiteral("Ordinera"), 10080, 6855, 1455, 285);
+    cmdSend->setDefault(true);
+    Label18 = makeLabel(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770, 1305, 195);
+    txtLoggedIn = makeLabel(this, "txtLoggedIn", QString(), 8880, 7770, 2295, 255);
+
+    connect(FlexGrid, &platform::FlexGrid::SelChange, this, &frmShowPatient::FlexGrid_SelChange);
+    connect(FlexGrid, &platform::FlexGrid::MouseDown, this,
+            [this](int button) { FlexGrid_MouseDown(button); });
+    connect(chkMode, &QCheckBox::clicked, this, &frmShowPatient::chkMode_Click);
+    connect(cmdNyPatient, &QPushButton::clicked, this, &frmShowPatient::cmdNyPatient_Click);
+    connect(cmdSend, &QPushButton::clicked, this, &frmShowPatient::cmdSend_Click);
+
+    Form_Load();
+}
+
+void frmShowPatient::Form_Load() {
+    move(px(250), px(200));
+    txtLoggedIn->setText(QString::fromStdString(session().gSignature));
+    cmdNote->show();
+    cmdExtInfo->hide();
+}
+
+std::string frmShowPatient::pnr() const { return txtPnr->text().toStdString(); }
+
+void frmShowPatient::ReadPatientFolder(const std::string &pnr) {
+    showOverview(mirelo::ReadPatientFolder(pnr, chkMode->isChecked(), FlexGrid->Rows()));
+}
+
+void frmShowPatient::SetupFlexGrid() {
+    try {
+        const auto &layout = FlexGridLayout();
+        for (int col = 0; col < medication_grid::Cols; ++col) {
+            const GridColumnLayout &column = layout[col];
+            FlexGrid->setColWidth(col, column.width);
+            if (column.colAlignment) {
+                FlexGrid->setColAlignment(col, *column.colAlignment);
+            }
+            if (column.headingAlignment) {
+                FlexGrid->setRow(0);
+                FlexGrid->setCol(col);
+                FlexGrid->setCellFontBold(true);
+                FlexGrid->setCellAlignment(*column.headingAlignment);
+                FlexGrid->setText(QString::fromStdString(column.heading));
+            }
+        }
+    } catch (const MireloError &error) {
+        platform::MsgBox(SetupFlexGridFailureBox(error).text, platform::MsgBoxButtons::OK,
+                         platform::MsgBoxIcon::Stop, "Mirelo");
+    }
+}
+
+// Copies a fill into the grid and the labels. A fill that broke off half-way still shows the
+// rows written before the failure; the failure then goes to the caller.
+void frmShowPatient::showOverview(const MedicationOverview &overview) {
+    if (overview.cleared) {
+        FlexGrid->Clear();
+        SetupFlexGrid();
+        if (FlexGrid->Rows() < overview.gridRows) {
+            FlexGrid->setRows(overview.gridRows);
+        }
+        if (overview.txtPnr) {
+            txtPnr->setText(QString::fromStdString(*overview.txtPnr));
+        }
+        if (overview.txtFName) {
+            txtFName->setText(QString::fromStdString(*overview.txtFName));
+            txtFName->adjustSize();
+        }
+        for (size_t index = 0; index < overview.rows.size(); ++index) {
+            const int row = static_cast<int>(index) + 1;
+            for (int col = 0; col < medication_grid::Cols; ++col) {
+                const GridCell &cell = overview.rows[index].cells[col];
+                FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
+                FlexGrid->setCellPictureAt(row, col, cell.picture);
+                if (cell.alignment) {
+                    FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
+                }
+                if (cell.foreColor) {
+                    FlexGrid->setCellForeColorAt(
+                        row, col, QColor(cell.foreColor->red, cell.foreColor->green,
+                                         cell.foreColor->blue));
+                }
+            }
+        }
+        FlexGrid->setRow(overview.currentRow);
+        FlexGrid->setCol(medication_grid::Cols - 1);
+        if (overview.standingButton) {
+            const bool warning = *overview.standingButton == ExtendedInfoButton::cmdExtInfo;
+            cmdNote->setVisible(!warning);
+            cmdExtInfo->setVisible(warning);
+        }
+    }
+    if (overview.failure) {
+        throw *overview.failure;
+    }
+}
+
+void frmShowPatient::FlexGrid_SelChange() {
+    const int row = FlexGrid->Row();
+    const GridSelection selection{FlexGrid->MouseRow(), FlexGrid->MouseCol(), row,
+                                  FlexGrid->TextMatrix(row, medication_grid::Product).toStdString(),
+                                  FlexGrid->TextMatrix(row, medication_grid::ID).toStdString()};
+    const std::optional<DetailPanel> panel = DetailPanelOnSelChange(pnr(), selection);
+    FlexGrid->setCol(medication_grid::Product);
+    if (!panel) {
+        return;
+    }
+    Frame1->setTitle(QString::fromStdString(panel->frame1Caption));
+    setGrowingText(Label12, panel->label12);
+    setGrowingText(Label16, panel->label16);
+    setGrowingText(Label13, panel->label13);
+    setGrowingText(Label17, panel->label17);
+    cmdAllergicHistory->setVisible(panel->cmdAllergicHistoryVisible);
+    if (panel->warningLineVisible) {
+        Label11->setVisible(*panel->warningLineVisible);
+        Image1->setVisible(*panel->warningLineVisible);
+    }
+    if (panel->standingButton) {
+        const bool warning = *panel->standingButton == ExtendedInfoButton::cmdExtInfo;
+        cmdNote->setVisible(!warning);
+        cmdExtInfo->setVisible(warning);
+    }
+    if (panel->markRow) {
+        SelectFlexGridRow(FlexGrid, FlexGrid->Row());
+    }
+}
+
+void frmShowPatient::SelectFlexGridRow(platform::FlexGrid *grid, int row) {
+    if (grid->Rows() < 2) {
+        return;
+    }
+    if (row == 0) {
+        grid->setHighLight(0);
+        return;
+    }
+    grid->setHighLight(1);
+    grid->setRow(row);
+    grid->setCol(grid->FixedCols());
+    grid->setColSel(grid->Cols() - 1);
+}
+
+void frmShowPatient::SelectFlexGridID(const std::string &id) {
+    if (FlexGrid->Rows() < 2) {
+        return;
+    }
+    if (id.empty()) {
+        FlexGrid->setHighLight(0);
+        return;
+    }
+    FlexGrid->setCol(medication_grid::ID);
+    // No end test of its own: an id that isn't in the grid runs into the row past the last,
+    // and setting that row fails.
+    for (int row = 1;; ++row) {
+        FlexGrid->setRow(row);
+        if (FlexGrid->TextMatrix(row, medication_grid::ID).toStdString() == id) {
+            FlexGrid_SelChange();
+            FlexGrid->setHighLight(1);
+            FlexGrid->setCol(FlexGrid->FixedCols());
+            FlexGrid->setColSel(FlexGrid->Cols() - 1);
+            return;
+        }
+    }
+}
+
+void frmShowPatient::FlexGrid_MouseDown(int button) {
+    try {
+        const int mouseRow = FlexGrid->MouseRow();
+        const int mouseCol = FlexGrid->MouseCol();
+        const int pictureRow = mouseCol == medication_grid::TickBox ? mouseRow : FlexGrid->Row();
+        const GridClick click = MeaningOfMouseDown(button, mouseRow, mouseCol,
+                                                   FlexGrid->CellPictureAt(pictureRow, mouseCol));
+        if (click == GridClick::TakeOut || click == GridClick::PutBack) {
+            tickInOrOut(click, mouseRow);
+        }
+    } catch (const MireloError &error) {
+        const platform::MsgBoxRequest box = MouseDownFailureBox(error);
+        platform::MsgBox(box.text, box.buttons, box.icon, box.title);
+    }
+}
+
+void frmShowPatient::tickInOrOut(GridClick click, int row) {
+    FlexGrid->setRow(row);
+    const std::string id = FlexGrid->TextMatrix(row, medication_grid::ID).toStdString();
+    const std::string patient = pnr();
+    const platform::XmlDocument written = updateMedicalList(id, patient);
+    // The document just written is the file: the grid is filled from it without reading the
+    // file again.
+    showOverview(FillFlexGrid(written, chkMode->isChecked(), FlexGrid->Rows()));
+    if (ReselectAfterTick(click, chkMode->isChecked()) == ReselectionAfterTick::ById) {
+        SelectFlexGridID(id);
+    } else {
+        FlexGrid->setRow(1);
+        FlexGrid_SelChange();
+    }
+}
+
+void frmShowPatient::chkMode_Click() {
+    try {
+        ReadPatientFolder(pnr());
+        FlexGrid->setRow(1);
+        FlexGrid_SelChange();
+    } catch (const MireloError &error) {
+        const ChkModeFailure failure = ChkModeFailureReport(error);
+        platform::MsgBox(failure.box.text, failure.box.buttons, failure.box.icon,
+                         failure.box.title);
+        if (failure.backToSearch) {
+            cmdNyPatient_Click();
+        }
+    }
+}
+
+void frmShowPatient::cmdNyPatient_Click() {
+    frmMain &search = Screen<frmMain>();
+    Screen<mainApp>().showChild(&search);
+    search.txtSearch->setFocus();
+    Unload<frmShowPatient>();
+}
+
+// Hands the patient over to the service. A file that can't be read here is not caught: the
+// platform's own report ends the process. The view stays as it is behind the browser.
+void frmShowPatient::cmdSend_Click() {
+    platform::XmlDocument patient = ReadPatientFile(PatientFilePath(pnr()));
+    SubmitPrescriptionXML(CreatePrescriptionXML(&patient, ""));
+}
+
+} // namespace mirelo::screens

@@ -1,0 +1,134 @@
+#include "screens/mainApp.h"
+
+#include "platform/message_box.h"
+#include "platform/process_end.h"
+#include "screens/frmMain.h"
+#include "screens/frmShowPatient.h"
+#include "screens/frmSplash.h"
+#include "screens/screen_instance.h"
+#include "screens/screen_layout.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QScreen>
+#include <QTimer>
+
+namespace mirelo::screens {
+
+mainApp::mainApp() {
+    setObjectName(QStringLiteral("mainApp"));
+    setWindowTitle(QStringLiteral("Mirelo"));
+    setAttribute(Qt::WA_DeleteOnClose, false);
+
+    mdiArea = makeControl<QMdiArea>(this, "mdiArea");
+    mdiArea->setBackground(Qt::white);
+    setCentralWidget(mdiArea);
+
+    Timer1 = makeControl<QTimer>(this, "Timer1");
+    connect(Timer1, &QTimer::timeout, this, &mainApp::Timer1_Timer);
+
+    buildMenu();
+    MDIForm_Load();
+}
+
+void mainApp::buildMenu() {
+    File = menuBar()->addMenu(QStringLiteral("&Arkiv"));
+    File->setObjectName(QStringLiteral("File"));
+    Settings = File->addAction(QStringLiteral("&Inställningar"));
+    Settings->setObjectName(QStringLiteral("Settings"));
+    Settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+    space = File->addSeparator();
+    space->setObjectName(QStringLiteral("space"));
+    Exit = File->addAction(QStringLiteral("&Avsluta"));
+    Exit->setObjectName(QStringLiteral("Exit"));
+    Exit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_A));
+    connect(Exit, &QAction::triggered, this, &mainApp::Exit_Click);
+
+    Help = menuBar()->addMenu(QStringLiteral("&Hjälp"));
+    Help->setObjectName(QStringLiteral("Help"));
+    About = Help->addAction(QStringLiteral("&Om Mirelo"));
+    About->setObjectName(QStringLiteral("About"));
+    About->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+}
+
+void mainApp::MDIForm_Load() {
+    // The frame can be moved and minimised, never maximised or resized.
+    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                   Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint |
+                   Qt::CustomizeWindowHint);
+    const int menuHeight = menuBar()->sizeHint().height();
+    setFixedSize(px(11880), px(8460) + menuHeight);
+    if (const QScreen *display = screen()) {
+        move(display->availableGeometry().center() - rect().center());
+    }
+
+    Timer1->setInterval(1000);
+    Timer1->start();
+    showChild(&Screen<frmMain>());
+    Unload<frmSplash>();
+}
+
+void mainApp::showChild(QWidget *child) {
+    QMdiSubWindow *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
+    if (frame == nullptr) {
+        frame = mdiArea->addSubWindow(child, Qt::SubWindow | Qt::WindowTitleHint |
+                                                 Qt::WindowMinimizeButtonHint |
+                                                 Qt::WindowCloseButtonHint);
+        frame->setAttribute(Qt::WA_DeleteOnClose, false);
+        // An unloaded screen takes its frame with it.
+        connect(child, &QObject::destroyed, frame, &QObject::deleteLater);
+    }
+    frame->show();
+    child->show();
+    frame->raise();
+}
+
+void mainApp::hideChild(QWidget *child) {
+    if (auto *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget())) {
+        frame->hide();
+    } else {
+        child->hide();
+    }
+}
+
+void mainApp::placeChild(QWidget *child, int leftTwips, int topTwips) {
+    QWidget *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
+    (frame ? frame : child)->move(px(leftTwips), px(topTwips));
+}
+
+bool mainApp::MDIForm_QueryUnload() {
+    return platform::MsgBox("Vill du verkligen avsluta Mirelo?", platform::MsgBoxButtons::YesNo,
+                            platform::MsgBoxIcon::Warning, "Mirelo") == platform::MsgBoxResult::No;
+}
+
+void mainApp::MDIForm_Unload() { platform::EndProcess(); }
+
+void mainApp::closeEvent(QCloseEvent *event) {
+    if (MDIForm_QueryUnload()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    MDIForm_Unload();
+}
+
+void mainApp::Exit_Click() {
+    close();
+    // Nothing is left to unload after a No, and after a Yes the process has ended; the step
+    // stays, as it always was.
+    Unload<frmSplash>();
+}
+
+void mainApp::Timer1_Timer() {
+    inbox_.Timer1_Timer(
+        [] { return IsLoaded<frmShowPatient>() && Screen<frmShowPatient>().isVisible(); },
+        [] {
+            frmShowPatient &view = Screen<frmShowPatient>();
+            view.ReadPatientFolder(view.txtPnr->text().toStdString());
+        });
+}
+
+} // namespace mirelo::screens

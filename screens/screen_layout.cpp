@@ -1,0 +1,34 @@
+#include "screens/screen_layout.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace mirelo::screens {
+
+void placeTwips(QWidget *control, int left, int top, int width, int height) {
+    control->setGeometry(px(left), px(top), px(width), px(height));
+}
+
+void sizeTwips(QWidget *screen, int width, int height) { screen->setFixedSize(px(width), px(height)); }
+
+QFont verdana(double pointSize, bool bold) {
+    QFont font;
+    font.setFamilies({QStringLiteral("Verdana"), QStringLiteral("DejaVu Sans")});
+    font.setPointSizeF(pointSize);
+    font.setBold(bold);
+    return font;
+}
+
+void applyTabOrder(std::initializer_list<std::pair<int, QWidget *>> indexed) {
+    std::vector<std::pair<int, QWidget *>> order(indexed);
+    std::stable_sort(order.begin(), order.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    for (size_t i = 1; i < order.size(); ++i) {
+        QWidget::setTabOrder(order[i - 1].second, order[i].second);
+    }
+    if (!order.empty()) {
+        order.front().second->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+} // namespace mirelo::screens

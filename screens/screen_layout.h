@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QFont>
+#include <QString>
+#include <QWidget>
+#include <initializer_list>
+#include <utility>
+
+namespace mirelo::screens {
+
+// Positions and sizes are designed in twips, 15 to the pixel at 96 dots per inch.
+constexpr int TwipsPerPixel = 15;
+constexpr int px(int twips) { return (twips + TwipsPerPixel / 2) / TwipsPerPixel; }
+
+// Places a control by its designed twips.
+void placeTwips(QWidget *control, int left, int top, int width, int height);
+// A client area of the designed size in twips.
+void sizeTwips(QWidget *screen, int width, int height);
+
+// Verdana where the machine has it, a plain sans serif where it doesn't.
+QFont verdana(double pointSize, bool bold = false);
+
+// Creates a control as a named member: its objectName is its name, so tests and accessibility
+// tools find it.
+template <typename Control, typename... Args>
+Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
+    auto *control = new Control(std::forward<Args>(args)..., parent);
+    control->setObjectName(QString::fromLatin1(name));
+    return control;
+}
+
+// The tab order of a screen, from its controls' tab indices: the chain follows the indices and
+// the first control takes the focus.
+void applyTabOrder(std::initializer_list<std::pair<int, QWidget *>> indexed);
+
+} // namespace mirelo::screens

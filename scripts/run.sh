@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, lays out Mirelo with its inbox and data folder, starts the
+# stand-in Korvalo service on this machine with a few sample prescriptions, and starts Mirelo.
+# The service stops when Mirelo ends.
+set -euo pipefail
+here="$(cd "$(dirname "$0")/.." && pwd)"
+port="${KORVALO_PORT:-8642}"
+install_dir="$here/out/mirelo"
+
+bash "$here/scripts/install-deps.sh"
+cmake -S "$here" -B "$here/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$here/build" -j"$(nproc)" --target mirelo korvalo
+
+# An installation: the program with in/ and data/ beside it.
+mkdir -p "$install_dir/in" "$install_dir/data" "$install_dir/System"
+cp "$here/build/app/mirelo" "$install_dir/mirelo"
+
+# As an installer would: point a new installation at the service, never overwrite settings.
+settings="$install_dir/System/Settings.xml"
+if [ ! -f "$settings" ]; then
+  cat >"$settings" <<XML
+<?xml version="1.0" encoding="ISO-8859-1"?>
+<Settings>
+	<Username></Username>
+	<SaveUsername>0</SaveUsername>
+	<DataPath>$install_dir/data/</DataPath>
+	<Server>http://127.0.0.1:$port</Server>
+	<LoginUrl>/Public/Mirelo/Login.aspx</LoginUrl>
+	<InitXmlUrl>/Public/Mirelo/InitXML.aspx</InitXmlUrl>
+</Settings>
+XML
+fi
+
+"$here/build/korvalo/korvalo" --port "$port" --inbox "$install_dir/in" --samples 3 &
+korvalo_pid=$!
+trap 'kill "$korvalo_pid" 2>/dev/null || true; wait "$korvalo_pid" 2>/dev/null || true' EXIT
+
+if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
+  echo "No display found: starting Mirelo under a virtual X server." >&2
+  xvfb-run -a "$install_dir/mirelo"
+else
+  "$install_dir/mirelo"
+fi
