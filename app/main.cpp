@@ -8,6 +8,8 @@
 
 int main(int argc, char **argv) {
     mirelo::platform::initialiseXml();
+    // The hand-over browser shares the application's OpenGL contexts; set before the application.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     mirelo::platform::MireloApplication application(argc, argv);
     mirelo::platform::initialiseHttp();
     mirelo::platform::installWidgetMessageBox();

@@ -100,12 +100,26 @@ struct XPathResult {
 
 } // namespace
 
-// A node going into a tree is no longer the job of the document that made it, whichever
-// document's tree it joins.
-void placeNode(xmlNodePtr node) {
-    if (node->doc != nullptr && node->doc->_private != nullptr) {
-        static_cast<XmlDocument *>(node->doc->_private)->unplaced_.erase(node);
+// Readies a node for a place in the tree of `target`. Within one document the node itself
+// moves. From another document a copy moves: names of a parsed document belong to that
+// document's dictionary and can't change hands, so the original leaves its tree and stays with
+// its own document until that document goes.
+xmlNodePtr placeNode(xmlNodePtr target, xmlNodePtr node) {
+    XmlDocument *owner =
+        node->doc != nullptr ? static_cast<XmlDocument *>(node->doc->_private) : nullptr;
+    if (node->doc == target->doc) {
+        if (owner != nullptr) {
+            owner->unplaced_.erase(node);
+        }
+        xmlUnlinkNode(node);
+        return node;
     }
+    xmlNodePtr copy = xmlDocCopyNode(node, target->doc, 1);
+    xmlUnlinkNode(node);
+    if (owner != nullptr) {
+        owner->unplaced_.insert(node);
+    }
+    return copy;
 }
 
 namespace {
@@ -189,9 +203,7 @@ XmlNode XmlNode::appendChild(XmlNode child) const {
     if (node_ == nullptr || child.node_ == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
     }
-    placeNode(child.node_);
-    xmlUnlinkNode(child.node_);
-    return XmlNode(xmlAddChild(node_, child.node_));
+    return XmlNode(xmlAddChild(node_, placeNode(node_, child.node_)));
 }
 
 XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
@@ -204,9 +216,7 @@ XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
     if (reference.node_->parent != node_) {
         runtime::raise(runtime::InvalidArgument);
     }
-    placeNode(child.node_);
-    xmlUnlinkNode(child.node_);
-    return XmlNode(xmlAddPrevSibling(reference.node_, child.node_));
+    return XmlNode(xmlAddPrevSibling(reference.node_, placeNode(node_, child.node_)));
 }
 
 std::vector<XmlNode> XmlNode::childNodes() const {

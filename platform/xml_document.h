@@ -109,7 +109,7 @@ private:
     void adopt(_xmlDoc *parsed, const std::string &text);
     void freeUnlinked();
     void claimDocument();
-    friend void placeNode(_xmlNode *node);
+    friend _xmlNode *placeNode(_xmlNode *target, _xmlNode *node);
 
     _xmlDoc *doc_ = nullptr;
     // Nodes made here and not yet placed in any tree; they are freed with the document.
