@@ -209,11 +209,10 @@ void frmShowPatient::showOverview(const MedicationOverview &overview) {
             FlexGrid->setRows(overview.gridRows);
         }
         if (overview.txtPnr) {
-            txtPnr->setText(QString::fromStdString(*overview.txtPnr));
+            setGrowingText(txtPnr, *overview.txtPnr);
         }
         if (overview.txtFName) {
-            txtFName->setText(QString::fromStdString(*overview.txtFName));
-            txtFName->adjustSize();
+            setGrowingText(txtFName, *overview.txtFName);
         }
         for (size_t index = 0; index < overview.rows.size(); ++index) {
             const int row = static_cast<int>(index) + 1;

@@ -98,11 +98,10 @@ void frmSplash::Form_Load() {
                                      QString::fromUtf8(support::Fax),
                                      QString::fromUtf8(support::Mail)));
 
-    // The picture is stretched over the whole screen; the dialog clips it to its own area.
-    const QScreen *display = screen();
-    const QSize screenSize = display ? display->size() : size();
-    Image1->setGeometry(0, 0, screenSize.width(), screenSize.height());
+    // The picture is stretched over the whole screen.
+    Image1->setGeometry(rect());
     Image1->lower();
+    const QScreen *display = screen();
     if (display) {
         move(display->availableGeometry().center() - rect().center());
     }

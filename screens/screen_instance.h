@@ -1,5 +1,7 @@
 #pragma once
 
+#include "screens/screen_resources.h"
+
 #include <QPointer>
 #include <QWidget>
 
@@ -11,6 +13,7 @@ template <typename ScreenClass> class ScreenInstance {
 public:
     static ScreenClass &get() {
         if (instance().isNull()) {
+            ensureScreenResources();
             instance() = new ScreenClass();
         }
         return *instance();

@@ -3,6 +3,9 @@
 #include "core/mirelo_error.h"
 
 #include <QHeaderView>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyledItemDelegate>
 #include <QKeyEvent>
 #include <QMouseEvent>
 
@@ -30,10 +33,38 @@ Qt::Alignment qtAlignment(int code) {
     }
 }
 
+// The icon columns are barely wider than their pictures, so a picture is drawn whole in the
+// middle of its cell rather than beside the text as a list item's icon would be.
+class PictureDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override {
+        const QVariant picture = index.data(Qt::DecorationRole);
+        if (!picture.isValid()) {
+            QStyledItemDelegate::paint(painter, option, index);
+            return;
+        }
+        QStyleOptionViewItem withoutPicture = option;
+        initStyleOption(&withoutPicture, index);
+        withoutPicture.features &= ~QStyleOptionViewItem::HasDecoration;
+        withoutPicture.icon = QIcon();
+        QStyledItemDelegate::paint(painter, withoutPicture, QModelIndex());
+        painter->fillRect(option.rect, index.data(Qt::BackgroundRole).value<QBrush>());
+        const QPixmap pixmap = picture.value<QPixmap>();
+        QRect target = pixmap.rect();
+        target.moveCenter(option.rect.center());
+        painter->drawPixmap(target, pixmap);
+    }
+};
+
 } // namespace
 
 FlexGrid::FlexGrid(QWidget *parent) : QTableWidget(parent) {
+    setItemDelegate(new PictureDelegate(this));
     horizontalHeader()->hide();
+    horizontalHeader()->setMinimumSectionSize(0);
     verticalHeader()->hide();
     setSelectionMode(QAbstractItemView::NoSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -136,7 +167,11 @@ void FlexGrid::showSelection() {
                          true);
     }
     if (row_ < rowCount() && col_ < columnCount()) {
+        // The current row is brought into view; sideways the grid stays where the user left
+        // it, so the fixed icon columns don't scroll away.
+        const int across = horizontalScrollBar()->value();
         scrollToItem(item(row_, col_));
+        horizontalScrollBar()->setValue(across);
     }
 }
 

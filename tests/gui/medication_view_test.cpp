@@ -1,0 +1,250 @@
+#include "core/application_context.h"
+#include "gui_application.h"
+#include "korvalo_process.h"
+#include "patient_file_builder.h"
+#include "platform/browser.h"
+#include "platform/gui/flex_grid.h"
+#include "screens/frmMain.h"
+#include "screens/frmShowPatient.h"
+#include "screens/frmSplash.h"
+#include "screens/mainApp.h"
+#include "screens/screen_instance.h"
+#include "settings_file_builder.h"
+#include "stored_patient_reading.h"
+#include "test_environment.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+#include <QToolButton>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+using namespace mirelo;
+using namespace mirelo::screens;
+namespace support = mirelo::testing;
+using support::ProductFields;
+
+namespace {
+
+// A browser that only records what the hand-off asked of it.
+struct RecordedHandoff {
+    std::string url;
+    std::string txtXml;
+};
+
+class RecordingBrowser : public platform::Browser {
+public:
+    explicit RecordingBrowser(std::vector<RecordedHandoff> &log) : log_(log) { log_.push_back({}); }
+    void Navigate(const std::string &url) override { log_.back().url = url; }
+    int ReadyState() override { return platform::ReadyStateComplete; }
+    void Sleep(int) override {}
+    void SetFirstFormField(const std::string &, const std::string &value) override {
+        log_.back().txtXml = value;
+    }
+    void SubmitFirstForm() override {}
+    void SetLoginFormField(const std::string &, const std::string &) override {}
+    void SubmitLoginForm() override {}
+    void ShowMaximized() override {}
+    void SetVisible() override {}
+    void BringToFront() override {}
+
+private:
+    std::vector<RecordedHandoff> &log_;
+};
+
+class MedicationViewTest : public support::ApplicationTest {
+protected:
+    void SetUp() override {
+        ApplicationTest::SetUp();
+        support::ensureGuiApplication();
+        session().gSignature = "Dr. Karin Lindqvist";
+        session().gServer = "http://127.0.0.1:9";
+        session().gInitXmlUrl = "/Public/Mirelo/InitXML.aspx";
+        platform::setBrowserFactory(
+            [this] { return std::make_unique<RecordingBrowser>(handoffs); });
+    }
+    void TearDown() override {
+        Unload<frmShowPatient>();
+        Unload<frmMain>();
+        Unload<frmSplash>();
+        Unload<mainApp>();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        platform::setBrowserFactory({});
+        ApplicationTest::TearDown();
+    }
+
+    static ProductFields product(const std::string &id, const std::string &name,
+                                 const std::string &atc, const std::string &checked = "1") {
+        ProductFields fields;
+        fields.id = id;
+        fields.regNr = "R" + id;
+        fields.productName = name;
+        fields.atcCode = atc;
+        fields.checked = checked;
+        return fields;
+    }
+
+    void storePatient(const std::string &pnr, const std::vector<ProductFields> &products) {
+        support::storePatientFile(pnr + ".xml",
+                                  support::patientText(pnr, "Tolvansson", "Tolvan", products));
+    }
+
+    static void clickCell(platform::FlexGrid *grid, int row, int col) {
+        const QRect cell = grid->visualItemRect(grid->item(row, col));
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+    }
+
+    static void search(const QString &text) {
+        frmMain &screen = Screen<frmMain>();
+        screen.txtSearch->clear();
+        QTest::keyClicks(screen.txtSearch, text);
+        QTest::keyClick(screen.txtSearch, Qt::Key_Return);
+    }
+
+    std::vector<RecordedHandoff> handoffs;
+};
+
+TEST_F(MedicationViewTest, a_visit_logs_in_finds_the_patient_and_takes_a_product_out) {
+    support::KorvaloProcess korvalo;
+    support::SettingsFields settings;
+    settings.dataPath = appDir() + "/data/";
+    settings.server = korvalo.baseUrl();
+    support::writeSettingsFile(settings);
+    storePatient("191212121212", {product("S2_1", "Alvedon", "N02BE01"),
+                                  product("S1_1", "Ipren", "M01AE01")});
+    storePatient("202002022222", {});
+
+    frmSplash &splash = Screen<frmSplash>();
+    QTest::keyClicks(splash.txtUsername, "demo");
+    QTest::keyClicks(splash.txtPassword, "demo123");
+    QTest::keyClick(splash.txtPassword, Qt::Key_Return);
+    ASSERT_TRUE(IsLoaded<mainApp>());
+    Screen<mainApp>().show();
+
+    search("1912");
+    frmMain &searchScreen = Screen<frmMain>();
+    ASSERT_EQ(searchScreen.List1->count(), 1);
+    EXPECT_EQ(searchScreen.List1->item(0)->text(), "191212121212 Tolvansson");
+    EXPECT_EQ(searchScreen.List1->currentRow(), 0);
+    QTest::keyClick(searchScreen.List1, Qt::Key_Return);
+
+    frmShowPatient &view = Screen<frmShowPatient>();
+    ASSERT_TRUE(view.isVisible());
+    EXPECT_FALSE(searchScreen.isVisible());
+    EXPECT_EQ(view.txtPnr->text(), "191212121212");
+    EXPECT_EQ(view.txtFName->text(), "Tolvan Tolvansson");
+    EXPECT_EQ(view.FlexGrid->TextMatrix(1, 3), "Alvedon Tablett 500 mg Orion");
+    EXPECT_EQ(view.FlexGrid->TextMatrix(0, 3), "Läkemedel");
+    EXPECT_EQ(view.FlexGrid->CellPictureAt(1, 2), 1);
+    EXPECT_EQ(view.Frame1->title(), "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor Ek");
+
+    clickCell(view.FlexGrid, 1, 2);
+    const auto stored = support::readStoredPatient(path("data/191212121212.xml"));
+    const auto taken = stored.selectSingleNode("//Product[ID = \"S2_1\"]");
+    EXPECT_EQ(taken.selectSingleNode("Checked").text(), "0");
+    EXPECT_EQ(taken.selectSingleNode("TakenOutBy").text(), session().gSignature);
+    EXPECT_TRUE(QRegularExpression(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d$)")
+                    .match(QString::fromStdString(taken.selectSingleNode("TakenOutTimestamp").text()))
+                    .hasMatch());
+    // With past products shown the product moves below the current one and stays selected.
+    EXPECT_EQ(view.FlexGrid->TextMatrix(2, 7), "S2_1");
+    EXPECT_EQ(view.FlexGrid->Row(), 2);
+    EXPECT_EQ(view.FlexGrid->CellPictureAt(2, 2), 2);
+    EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(MedicationViewTest, the_grid_shows_icons_red_duplicates_the_warning_button_and_grows) {
+    ProductFields warned = product("A_1", "Waran", "B01AA03");
+    warned.allergic = "1";
+    warned.note = "Blödningsrisk";
+    ProductFields historic = product("B_1", "Levaxin", "H03AA01");
+    historic.allergicHistory = "1";
+    historic.note = "Fastande";
+    std::vector<ProductFields> products{warned, historic, product("C_1", "Alvedon", "N02BE01"),
+                                        product("D_1", "Panodil", "N02BE01")};
+    for (int i = 0; i < 16; ++i) {
+        products.push_back(product("P_" + std::to_string(i), "Gammal", "X", "0"));
+    }
+    storePatient("191212121212", products);
+
+    frmShowPatient &view = Screen<frmShowPatient>();
+    EXPECT_EQ(view.FlexGrid->Rows(), 14);
+    view.ReadPatientFolder("191212121212");
+    platform::FlexGrid *grid = view.FlexGrid;
+    EXPECT_EQ(grid->Rows(), 21);
+    EXPECT_EQ(grid->CellPictureAt(1, 1), 3) << "a warning hides the note";
+    EXPECT_EQ(grid->CellPictureAt(2, 0), 7);
+    EXPECT_EQ(grid->CellPictureAt(2, 1), 6);
+    EXPECT_EQ(grid->CellPictureAt(5, 2), 2);
+    EXPECT_EQ(grid->CellForeColorAt(3, 10), QColor(255, 0, 0));
+    EXPECT_EQ(grid->CellForeColorAt(4, 0), QColor(255, 0, 0));
+    EXPECT_NE(grid->CellForeColorAt(1, 3), QColor(255, 0, 0));
+    EXPECT_TRUE(grid->isColumnHidden(7));
+    EXPECT_EQ(grid->TextMatrix(0, 10), "                       Dosering");
+    EXPECT_TRUE(grid->CellFontBoldAt(0, 3));
+    EXPECT_FALSE(view.cmdExtInfo->isHidden());
+    EXPECT_TRUE(view.cmdNote->isHidden());
+
+    // Past products hidden: the rows they stood in stay, blank.
+    view.chkMode->click();
+    EXPECT_FALSE(view.chkMode->isChecked());
+    EXPECT_EQ(grid->Rows(), 21);
+    EXPECT_EQ(grid->TextMatrix(5, 3), "");
+    EXPECT_EQ(grid->Row(), 1);
+    EXPECT_FALSE(view.Label11->isHidden()) << "the first row carries a warning";
+}
+
+TEST_F(MedicationViewTest, a_whole_number_opens_the_view_and_one_without_a_file_goes_to_the_service) {
+    storePatient("191212121212", {product("S1_1", "Alvedon", "N02BE01")});
+    Screen<mainApp>().show();
+
+    search("19121212-1212");
+    EXPECT_EQ(Screen<frmMain>().List1->count(), 0);
+    EXPECT_TRUE(Screen<frmShowPatient>().isVisible());
+    EXPECT_TRUE(Screen<frmMain>().isVisible()) << "exact mode leaves the search screen showing";
+    EXPECT_TRUE(handoffs.empty());
+
+    Screen<frmShowPatient>().cmdNyPatient_Click();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    search("1999");
+    ASSERT_EQ(handoffs.size(), 1u);
+    EXPECT_EQ(handoffs[0].url, "http://127.0.0.1:9/Public/Mirelo/InitXML.aspx");
+    platform::XmlDocument sent;
+    ASSERT_TRUE(sent.loadXML(handoffs[0].txtXml));
+    EXPECT_EQ(sent.selectSingleNode("//PrescriberInfo/Pnr").text(), "1999");
+
+    search("--");
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text, "Ange personnummer vid sökning");
+}
+
+TEST_F(MedicationViewTest, a_file_deleted_before_selection_is_reported_and_the_search_runs_again) {
+    storePatient("191212121212", {});
+    storePatient("191313131313", {});
+    Screen<mainApp>().show();
+    search("19");
+    frmMain &screen = Screen<frmMain>();
+    ASSERT_EQ(screen.List1->count(), 2);
+    std::filesystem::remove(path("data/191212121212.xml"));
+    screen.cmdSelPat->click();
+    ASSERT_GE(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text, "Patientens fil saknas.");
+    EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::Stop);
+    ASSERT_EQ(screen.List1->count(), 1);
+    EXPECT_EQ(screen.List1->item(0)->text(), "191313131313 Tolvansson");
+
+    screen.List1->clear();
+    screen.cmdSelPat->click();
+    EXPECT_EQ(boxes.back().text,
+              "Det finns inga patienter i listan!\r\nAnvänd \"Sök\"-funktionen eller \"Lista alla\".");
+    EXPECT_EQ(boxes.back().icon, platform::MsgBoxIcon::Exclamation);
+}
+
+} // namespace
