@@ -191,6 +191,8 @@ TEST_F(MedicationViewTest, the_grid_shows_icons_red_duplicates_the_warning_butto
     EXPECT_TRUE(grid->CellFontBoldAt(0, 3));
     EXPECT_FALSE(view.cmdExtInfo->isHidden());
     EXPECT_TRUE(view.cmdNote->isHidden());
+    // Only ids known to be in the grid are asked for: another one runs past the last row.
+    EXPECT_THROW(view.SelectFlexGridID("not-in-the-grid"), MireloError);
 
     // Past products hidden: the rows they stood in stay, blank.
     view.chkMode->click();
