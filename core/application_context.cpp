@@ -32,12 +32,24 @@ std::string ApplicationDirectory() {
     return directoryOverride().empty() ? runningProgramDirectory() : directoryOverride();
 }
 
-void setApplicationDirectoryForTesting(const std::string &path) { directoryOverride() = path; }
+void setApplicationDirectoryForTesting(const std::string &path) {
+    directoryOverride() = path;
+}
 
-std::string SystemFolder() { return ApplicationDirectory() + "/System/"; }
-std::string SettingsFilePath() { return ApplicationDirectory() + "/System/Settings.xml"; }
-std::string InboxFolder() { return ApplicationDirectory() + "/in/"; }
-std::string ErrorFolder() { return ApplicationDirectory() + "/Error/"; }
-std::string DefaultDataFolder() { return ApplicationDirectory() + "/data/"; }
+std::string SystemFolder() {
+    return ApplicationDirectory() + "/System/";
+}
+std::string SettingsFilePath() {
+    return ApplicationDirectory() + "/System/Settings.xml";
+}
+std::string InboxFolder() {
+    return ApplicationDirectory() + "/in/";
+}
+std::string ErrorFolder() {
+    return ApplicationDirectory() + "/Error/";
+}
+std::string DefaultDataFolder() {
+    return ApplicationDirectory() + "/data/";
+}
 
 } // namespace mirelo

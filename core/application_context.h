@@ -24,10 +24,10 @@ std::string ApplicationDirectory();
 void setApplicationDirectoryForTesting(const std::string &path);
 
 // The folders and files under the application directory.
-std::string SystemFolder();       // ".../System/"
-std::string SettingsFilePath();   // ".../System/Settings.xml"
-std::string InboxFolder();        // ".../in/"
-std::string ErrorFolder();        // ".../Error/"
-std::string DefaultDataFolder();  // ".../data/"
+std::string SystemFolder();      // ".../System/"
+std::string SettingsFilePath();  // ".../System/Settings.xml"
+std::string InboxFolder();       // ".../in/"
+std::string ErrorFolder();       // ".../Error/"
+std::string DefaultDataFolder(); // ".../data/"
 
 } // namespace mirelo

@@ -10,9 +10,13 @@ QDateTime &frozen() {
 
 } // namespace
 
-QDateTime Now() { return frozen().isValid() ? frozen() : QDateTime::currentDateTime(); }
+QDateTime Now() {
+    return frozen().isValid() ? frozen() : QDateTime::currentDateTime();
+}
 
-void freezeClockForTesting(const QDateTime &moment) { frozen() = moment; }
+void freezeClockForTesting(const QDateTime &moment) {
+    frozen() = moment;
+}
 
 std::string LocalTimestamp() {
     return Now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();

@@ -68,11 +68,17 @@ template <typename Integer> Integer roundToInteger(double value) {
 
 } // namespace
 
-int16_t CInt(const std::string &text) { return roundToInteger<int16_t>(requireNumber(text)); }
+int16_t CInt(const std::string &text) {
+    return roundToInteger<int16_t>(requireNumber(text));
+}
 
-int32_t CLng(const std::string &text) { return roundToInteger<int32_t>(requireNumber(text)); }
+int32_t CLng(const std::string &text) {
+    return roundToInteger<int32_t>(requireNumber(text));
+}
 
-double CDbl(const std::string &text) { return requireNumber(text); }
+double CDbl(const std::string &text) {
+    return requireNumber(text);
+}
 
 bool CBool(const std::string &text) {
     const std::string word = stripBlanks(text);
@@ -89,6 +95,8 @@ bool CBool(const std::string &text) {
     return requireNumber(text) != 0.0;
 }
 
-bool IsNumeric(const std::string &text) { return parseNumber(text).has_value(); }
+bool IsNumeric(const std::string &text) {
+    return parseNumber(text).has_value();
+}
 
 } // namespace mirelo

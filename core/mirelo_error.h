@@ -9,14 +9,14 @@ namespace mirelo {
 // Every failure of the program travels as this one exception, carrying the number the user
 // is shown and a Swedish description. The event handlers pick their message by the number.
 class MireloError : public std::runtime_error {
-public:
+  public:
     MireloError(int32_t number, std::string description)
         : std::runtime_error(description), number_(number), description_(std::move(description)) {}
 
     int32_t number() const { return number_; }
     const std::string &description() const { return description_; }
 
-private:
+  private:
     int32_t number_;
     std::string description_;
 };
@@ -74,7 +74,9 @@ inline std::string description(int32_t number) {
     }
 }
 
-[[noreturn]] inline void raise(int32_t number) { throw MireloError(number, description(number)); }
+[[noreturn]] inline void raise(int32_t number) {
+    throw MireloError(number, description(number));
+}
 } // namespace runtime
 
 // A parse failure's description: the Swedish sentence, CR LF, and the parser's reason.

@@ -4,7 +4,9 @@
 
 namespace mirelo {
 
-std::string ReadTextFile(const std::string &path) { return platform::ReadAllBytes(path); }
+std::string ReadTextFile(const std::string &path) {
+    return platform::ReadAllBytes(path);
+}
 
 void WriteTextFile(const std::string &text, const std::string &path) {
     platform::WriteAllBytes(path, text);

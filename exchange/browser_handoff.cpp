@@ -20,8 +20,9 @@ bool isConnectionFailure(const MireloError &error) {
 }
 
 void showConnectionFailure() {
-    platform::MsgBox("Kunde inte ansluta till Korvalos server. Kontrollera din internetförbindelse.",
-                     platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo");
+    platform::MsgBox(
+        "Kunde inte ansluta till Korvalos server. Kontrollera din internetförbindelse.",
+        platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo");
 }
 
 std::unique_ptr<platform::Browser> openHandoverPage(int pollMilliseconds) {

@@ -28,7 +28,8 @@ std::optional<platform::XmlDocument> CreatePrescriptionXML(platform::XmlDocument
         }
         root.appendChild(patientData);
         const platform::XmlNode medicalList = AppendElement(handover, root, "MedicalList");
-        for (const platform::XmlNode &product : patient->selectNodes("//Product[Checked = \"1\"]")) {
+        for (const platform::XmlNode &product :
+             patient->selectNodes("//Product[Checked = \"1\"]")) {
             medicalList.appendChild(product);
         }
         return handover;

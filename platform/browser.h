@@ -10,7 +10,7 @@ namespace mirelo::platform {
 // instance on every hand-off, filled and posted by script, then shown and let go. A page
 // without the expected form or field fails with the run time's 438.
 class Browser {
-public:
+  public:
     virtual ~Browser() = default;
 
     virtual void Navigate(const std::string &url) = 0;

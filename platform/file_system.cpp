@@ -52,7 +52,9 @@ using FileHandle = std::unique_ptr<FILE, FileCloser>;
 
 } // namespace
 
-bool FileExists(const std::string &path) { return isRegularFile(path); }
+bool FileExists(const std::string &path) {
+    return isRegularFile(path);
+}
 
 bool FolderExists(const std::string &path) {
     std::error_code ignored;
@@ -166,7 +168,8 @@ void WriteAllBytes(const std::string &path, const std::string &bytes) {
         runtime::raise(runtime::PathNotFound);
     }
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0 && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
+    if (::stat(path.c_str(), &status) == 0 &&
+        (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
         runtime::raise(runtime::PermissionDenied);
     }
     FileHandle file(std::fopen(path.c_str(), "wb"));

@@ -20,6 +20,8 @@ MsgBoxResult MsgBox(const std::string &text, MsgBoxButtons buttons, MsgBoxIcon i
     return presenter()({text, buttons, icon, title});
 }
 
-void setMsgBoxPresenter(MsgBoxPresenter next) { presenter() = std::move(next); }
+void setMsgBoxPresenter(MsgBoxPresenter next) {
+    presenter() = std::move(next);
+}
 
 } // namespace mirelo::platform

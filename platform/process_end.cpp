@@ -20,6 +20,8 @@ void EndProcess() {
     std::_Exit(0);
 }
 
-void setEndProcessHandler(std::function<void()> next) { handler() = std::move(next); }
+void setEndProcessHandler(std::function<void()> next) {
+    handler() = std::move(next);
+}
 
 } // namespace mirelo::platform

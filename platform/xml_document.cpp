@@ -8,7 +8,6 @@
 #include <libxml/tree.h>
 #include <libxml/xmlsave.h>
 #include <libxml/xpath.h>
-
 #include <memory>
 #include <mutex>
 
@@ -28,7 +27,9 @@ xmlParserInputPtr refuseExternalEntity(const char *, const char *, xmlParserCtxt
 
 void ignoreXmlError(void *, xmlErrorPtr) {}
 
-const xmlChar *xc(const std::string &text) { return reinterpret_cast<const xmlChar *>(text.c_str()); }
+const xmlChar *xc(const std::string &text) {
+    return reinterpret_cast<const xmlChar *>(text.c_str());
+}
 
 std::string fromXmlChar(xmlChar *owned) {
     if (owned == nullptr) {
@@ -93,7 +94,7 @@ std::string normaliseLineEnds(const std::string &value) {
 
 struct XPathResult {
     std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> context{nullptr,
-                                                                              xmlXPathFreeContext};
+                                                                             xmlXPathFreeContext};
     std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)> object{nullptr,
                                                                           xmlXPathFreeObject};
 };
@@ -144,7 +145,8 @@ XPathResult evaluate(xmlNodePtr node, const std::string &query) {
 std::string serialise(xmlNodePtr node, const char *encoding) {
     xmlTreeIndentString = "\t";
     std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
-    xmlSaveCtxtPtr save = xmlSaveToBuffer(buffer.get(), encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
+    xmlSaveCtxtPtr save =
+        xmlSaveToBuffer(buffer.get(), encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
     if (node->type == XML_DOCUMENT_NODE) {
         xmlSaveDoc(save, reinterpret_cast<xmlDocPtr>(node));
     } else {
@@ -318,17 +320,22 @@ bool XmlDocument::load(const std::string &path) {
     return parse(bytes, false);
 }
 
-bool XmlDocument::load(const ResponseStream &stream) { return parse(stream.bytes, false); }
+bool XmlDocument::load(const ResponseStream &stream) {
+    return parse(stream.bytes, false);
+}
 
-bool XmlDocument::loadXML(const std::string &text) { return parse(text, true); }
+bool XmlDocument::loadXML(const std::string &text) {
+    return parse(text, true);
+}
 
 bool XmlDocument::parse(const std::string &bytes, bool decoded) {
     std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> context(xmlNewParserCtxt(),
-                                                                          xmlFreeParserCtxt);
+                                                                         xmlFreeParserCtxt);
     xmlResetLastError();
     const int options = decoded ? ParseOptions | XML_PARSE_IGNORE_ENC : ParseOptions;
-    xmlDocPtr parsed = xmlCtxtReadMemory(context.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                         nullptr, decoded ? "UTF-8" : nullptr, options);
+    xmlDocPtr parsed =
+        xmlCtxtReadMemory(context.get(), bytes.data(), static_cast<int>(bytes.size()), nullptr,
+                          decoded ? "UTF-8" : nullptr, options);
     if (parsed == nullptr) {
         const xmlError *error = xmlCtxtGetLastError(context.get());
         ParseError failure;
@@ -385,9 +392,13 @@ XmlNode XmlDocument::createNode(const std::string &type, const std::string &name
     return createNode(NODE_ELEMENT, name, namespaceURI);
 }
 
-XmlNode XmlDocument::documentElement() const { return XmlNode(xmlDocGetRootElement(doc_)); }
+XmlNode XmlDocument::documentElement() const {
+    return XmlNode(xmlDocGetRootElement(doc_));
+}
 
-XmlNode XmlDocument::asNode() const { return XmlNode(reinterpret_cast<xmlNodePtr>(doc_)); }
+XmlNode XmlDocument::asNode() const {
+    return XmlNode(reinterpret_cast<xmlNodePtr>(doc_));
+}
 
 std::string XmlDocument::xml() const {
     return serialise(reinterpret_cast<xmlNodePtr>(doc_), "UTF-8");

@@ -26,7 +26,7 @@ struct ResponseStream {
 // document lives. A null node is what a query that matched nothing gives; reading or writing
 // its text is the run time's "object not set" (91).
 class XmlNode {
-public:
+  public:
     XmlNode() = default;
     explicit XmlNode(_xmlNode *node) : node_(node) {}
 
@@ -50,13 +50,13 @@ public:
     _xmlNode *handle() const { return node_; }
     bool operator==(const XmlNode &other) const = default;
 
-private:
+  private:
     _xmlNode *node_ = nullptr;
 };
 
 // An XML document made for one task and dropped at its end.
 class XmlDocument {
-public:
+  public:
     // The two type designations that both make an element.
     static constexpr int NODE_ELEMENT = 1;
 
@@ -104,7 +104,7 @@ public:
 
     XmlNode asNode() const;
 
-private:
+  private:
     bool parse(const std::string &bytes, bool decoded);
     void adopt(_xmlDoc *parsed, const std::string &text);
     void freeUnlinked();

@@ -24,7 +24,9 @@ platform::XmlDocument parsePatientText(const std::string &text) {
 
 } // namespace
 
-std::string PatientFilePath(const std::string &pnr) { return session().gDataPath + pnr + ".xml"; }
+std::string PatientFilePath(const std::string &pnr) {
+    return session().gDataPath + pnr + ".xml";
+}
 
 std::string ReadPatientText(const std::string &path) {
     std::string text = UnscrambleText(ReadTextFile(path));

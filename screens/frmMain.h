@@ -14,7 +14,7 @@ namespace mirelo::screens {
 class frmMain : public QWidget {
     Q_OBJECT
 
-public:
+  public:
     frmMain();
 
     QLabel *Image1;
@@ -33,10 +33,10 @@ public:
     void cmdSelPat_Click();
     void SearchPatient(const std::string &key);
 
-protected:
+  protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
-private:
+  private:
     void openSelectedLine();
 };
 

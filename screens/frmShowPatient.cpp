@@ -6,8 +6,8 @@
 #include "platform/gui/flex_grid.h"
 #include "platform/message_box.h"
 #include "records/medical_list_update.h"
-#include "records/patient_file.h"
 #include "records/medication_view_interaction.h"
+#include "records/patient_file.h"
 #include "screens/frmMain.h"
 #include "screens/mainApp.h"
 #include "screens/screen_instance.h"
@@ -114,8 +114,8 @@ frmShowPatient::frmShowPatient() {
     cmdExtInfo->setIcon(QIcon(QStringLiteral(":/pictures/warning_large.svg")));
     cmdExtInfo->setIconSize(QSize(43, 43));
     cmdExtInfo->setToolTip(QStringLiteral("Klicka för att se läkemedelsöverkänslighet"));
-    cmdNote = makeButton(this, "cmdNote", QStringLiteral("Notering om patient"), 8880, 2280, 1935,
-                         285);
+    cmdNote =
+        makeButton(this, "cmdNote", QStringLiteral("Notering om patient"), 8880, 2280, 1935, 285);
 
     Label6 = makeLabel(this, "Label6",
                        QStringLiteral("Läkemedelslista (Aktuella läkemedel är markerade):"), 360,
@@ -124,8 +124,8 @@ frmShowPatient::frmShowPatient() {
     placeTwips(chkMode, 5820, 2760, 255, 195);
     chkMode->setFont(QFont());
     chkMode->setChecked(true);
-    Label8 =
-        makeLabel(this, "Label8", QStringLiteral("Inkludera läkemedelshistorik"), 6060, 2750, 2895, 240);
+    Label8 = makeLabel(this, "Label8", QStringLiteral("Inkludera läkemedelshistorik"), 6060, 2750,
+                       2895, 240);
 
     FlexGrid = makeControl<platform::FlexGrid>(this, "FlexGrid");
     placeTwips(FlexGrid, 300, 3000, 11295, 3570);
@@ -136,9 +136,11 @@ frmShowPatient::frmShowPatient() {
     FlexGrid->setFixedRows(medication_grid::FixedRows);
     FlexGrid->setFixedCols(medication_grid::FixedCols);
 
-    Label2 = makeLabel(this, "Label2", QStringLiteral("= Notering om preparat"), 570, 6615, 2220, 225);
-    Label3 = makeLabel(this, "Label3", QStringLiteral("= Historik angående läkemedelsöverkänslighet"),
-                       570, 6825, 4035, 210);
+    Label2 =
+        makeLabel(this, "Label2", QStringLiteral("= Notering om preparat"), 570, 6615, 2220, 225);
+    Label3 =
+        makeLabel(this, "Label3", QStringLiteral("= Historik angående läkemedelsöverkänslighet"),
+                  570, 6825, 4035, 210);
     Label4 = makeLabel(this, "Label4", QStringLiteral("= Varning om läkemedelsöverkänslighet"), 570,
                        7035, 4815, 285);
     Label7 = makeLabel(this, "Label7",
@@ -170,7 +172,9 @@ void frmShowPatient::Form_Load() {
     cmdExtInfo->hide();
 }
 
-std::string frmShowPatient::pnr() const { return txtPnr->text().toStdString(); }
+std::string frmShowPatient::pnr() const {
+    return txtPnr->text().toStdString();
+}
 
 void frmShowPatient::ReadPatientFolder(const std::string &pnr) {
     showOverview(mirelo::ReadPatientFolder(pnr, chkMode->isChecked(), FlexGrid->Rows()));
@@ -225,8 +229,8 @@ void frmShowPatient::showOverview(const MedicationOverview &overview) {
                 }
                 if (cell.foreColor) {
                     FlexGrid->setCellForeColorAt(
-                        row, col, QColor(cell.foreColor->red, cell.foreColor->green,
-                                         cell.foreColor->blue));
+                        row, col,
+                        QColor(cell.foreColor->red, cell.foreColor->green, cell.foreColor->blue));
                 }
             }
         }

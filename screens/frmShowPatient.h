@@ -23,7 +23,7 @@ namespace mirelo::screens {
 class frmShowPatient : public QWidget {
     Q_OBJECT
 
-public:
+  public:
     frmShowPatient();
 
     QLabel *Image2;
@@ -73,7 +73,7 @@ public:
     void cmdNyPatient_Click();
     void cmdSend_Click();
 
-private:
+  private:
     void showOverview(const MedicationOverview &overview);
     void tickInOrOut(GridClick click, int row);
     std::string pnr() const;

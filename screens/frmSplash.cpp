@@ -123,16 +123,18 @@ void frmSplash::applyTabIndices(int passwordIndex, int usernameIndex) {
 }
 
 void frmSplash::Login() {
-    const LoginOutcome outcome = mirelo::Login({txtUsername->text().toStdString(),
-                                                txtPassword->text().toStdString(),
-                                                chkSaveUsername->isChecked()});
+    const LoginOutcome outcome =
+        mirelo::Login({txtUsername->text().toStdString(), txtPassword->text().toStdString(),
+                       chkSaveUsername->isChecked()});
     if (outcome == LoginOutcome::OpenMainFrame) {
         Unload<frmSplash>();
         Screen<mainApp>().show();
     }
 }
 
-void frmSplash::Command1_Click() { platform::EndProcess(); }
+void frmSplash::Command1_Click() {
+    platform::EndProcess();
+}
 
 bool frmSplash::eventFilter(QObject *watched, QEvent *event) {
     if (event->type() == QEvent::KeyPress) {

@@ -14,7 +14,7 @@ namespace mirelo::screens {
 class frmSplash : public QDialog {
     Q_OBJECT
 
-public:
+  public:
     frmSplash();
 
     QLabel *Image1;
@@ -34,12 +34,12 @@ public:
     void Submit_Click() { Login(); }
     [[noreturn]] void Command1_Click();
 
-protected:
+  protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void reject() override {}
     void closeEvent(QCloseEvent *event) override;
 
-private:
+  private:
     void applyTabIndices(int passwordIndex, int usernameIndex);
 };
 

@@ -104,7 +104,9 @@ bool mainApp::MDIForm_QueryUnload() {
                             platform::MsgBoxIcon::Warning, "Mirelo") == platform::MsgBoxResult::No;
 }
 
-void mainApp::MDIForm_Unload() { platform::EndProcess(); }
+void mainApp::MDIForm_Unload() {
+    platform::EndProcess();
+}
 
 void mainApp::closeEvent(QCloseEvent *event) {
     if (MDIForm_QueryUnload()) {

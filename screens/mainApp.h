@@ -16,7 +16,7 @@ namespace mirelo::screens {
 class mainApp : public QMainWindow {
     Q_OBJECT
 
-public:
+  public:
     mainApp();
 
     QMdiArea *mdiArea;
@@ -43,10 +43,10 @@ public:
 
     int16_t tickCount() const { return inbox_.tickCount(); }
 
-protected:
+  protected:
     void closeEvent(QCloseEvent *event) override;
 
-private:
+  private:
     void buildMenu();
 
     InboxTimer inbox_;

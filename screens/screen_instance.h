@@ -10,7 +10,7 @@ namespace mirelo::screens {
 // Every screen exists once, under its own name: the first reference creates it, later ones get
 // the same instance, and unloading destroys it so that the next reference gets a fresh one.
 template <typename ScreenClass> class ScreenInstance {
-public:
+  public:
     static ScreenClass &get() {
         if (instance().isNull()) {
             ensureScreenResources();
@@ -31,15 +31,21 @@ public:
         }
     }
 
-private:
+  private:
     static QPointer<ScreenClass> &instance() {
         static QPointer<ScreenClass> screen;
         return screen;
     }
 };
 
-template <typename ScreenClass> ScreenClass &Screen() { return ScreenInstance<ScreenClass>::get(); }
-template <typename ScreenClass> bool IsLoaded() { return ScreenInstance<ScreenClass>::isLoaded(); }
-template <typename ScreenClass> void Unload() { ScreenInstance<ScreenClass>::unload(); }
+template <typename ScreenClass> ScreenClass &Screen() {
+    return ScreenInstance<ScreenClass>::get();
+}
+template <typename ScreenClass> bool IsLoaded() {
+    return ScreenInstance<ScreenClass>::isLoaded();
+}
+template <typename ScreenClass> void Unload() {
+    ScreenInstance<ScreenClass>::unload();
+}
 
 } // namespace mirelo::screens

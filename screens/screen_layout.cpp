@@ -9,7 +9,9 @@ void placeTwips(QWidget *control, int left, int top, int width, int height) {
     control->setGeometry(px(left), px(top), px(width), px(height));
 }
 
-void sizeTwips(QWidget *screen, int width, int height) { screen->setFixedSize(px(width), px(height)); }
+void sizeTwips(QWidget *screen, int width, int height) {
+    screen->setFixedSize(px(width), px(height));
+}
 
 QFont verdana(double pointSize, bool bold) {
     QFont font;

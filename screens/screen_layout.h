@@ -10,7 +10,9 @@ namespace mirelo::screens {
 
 // Positions and sizes are designed in twips, 15 to the pixel at 96 dots per inch.
 constexpr int TwipsPerPixel = 15;
-constexpr int px(int twips) { return (twips + TwipsPerPixel / 2) / TwipsPerPixel; }
+constexpr int px(int twips) {
+    return (twips + TwipsPerPixel / 2) / TwipsPerPixel;
+}
 
 // Places a control by its designed twips.
 void placeTwips(QWidget *control, int left, int top, int width, int height);

@@ -4,7 +4,9 @@
 
 // The pictures are compiled into this library; a static library's resources are registered
 // by hand before the first screen needs them.
-static void registerScreenResources() { Q_INIT_RESOURCE(screens); }
+static void registerScreenResources() {
+    Q_INIT_RESOURCE(screens);
+}
 
 namespace mirelo::screens {
 

@@ -3,11 +3,11 @@
 #include "core/mirelo_error.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
-#include <QKeyEvent>
-#include <QMouseEvent>
 
 namespace mirelo::platform {
 namespace {
@@ -36,7 +36,7 @@ Qt::Alignment qtAlignment(int code) {
 // The icon columns are barely wider than their pictures, so a picture is drawn whole in the
 // middle of its cell rather than beside the text as a list item's icon would be.
 class PictureDelegate : public QStyledItemDelegate {
-public:
+  public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
@@ -187,7 +187,9 @@ QString FlexGrid::TextMatrix(int row, int col) const {
     return found ? found->text() : QString();
 }
 
-void FlexGrid::setTextMatrix(int row, int col, const QString &text) { cell(row, col)->setText(text); }
+void FlexGrid::setTextMatrix(int row, int col, const QString &text) {
+    cell(row, col)->setText(text);
+}
 
 int FlexGrid::CellPictureAt(int row, int col) const {
     const QTableWidgetItem *found = cellOrNull(row, col);
@@ -208,7 +210,7 @@ void FlexGrid::setCellForeColorAt(int row, int col, const QColor &color) {
 QColor FlexGrid::CellForeColorAt(int row, int col) const {
     const QTableWidgetItem *found = cellOrNull(row, col);
     return found && found->foreground().style() != Qt::NoBrush ? found->foreground().color()
-                                                                : palette().color(QPalette::Text);
+                                                               : palette().color(QPalette::Text);
 }
 
 void FlexGrid::setCellAlignmentAt(int row, int col, int alignment) {
@@ -272,7 +274,9 @@ void FlexGrid::AddItem(const QString &tabSeparated) {
     }
 }
 
-void FlexGrid::setImageList(std::vector<QPixmap> images) { images_ = std::move(images); }
+void FlexGrid::setImageList(std::vector<QPixmap> images) {
+    images_ = std::move(images);
+}
 
 void FlexGrid::paintFixedArea() {
     for (int row = 0; row < rowCount(); ++row) {
@@ -308,7 +312,9 @@ void FlexGrid::mousePressEvent(QMouseEvent *event) {
     emit MouseDown(button, static_cast<int>(event->modifiers() >> 25), at.x(), at.y());
 }
 
-void FlexGrid::mouseDoubleClickEvent(QMouseEvent *event) { mousePressEvent(event); }
+void FlexGrid::mouseDoubleClickEvent(QMouseEvent *event) {
+    mousePressEvent(event);
+}
 
 void FlexGrid::moveByUser(int row, int col) {
     const bool moved = row != row_ || col != col_ || colSel_ != col;

@@ -14,7 +14,7 @@ namespace mirelo::platform {
 class FlexGrid : public QTableWidget {
     Q_OBJECT
 
-public:
+  public:
     explicit FlexGrid(QWidget *parent = nullptr);
 
     // Alignment codes of cells and columns: left centred, centred, right at the bottom.
@@ -74,16 +74,16 @@ public:
 
     void setImageList(std::vector<QPixmap> images);
 
-signals:
+  signals:
     void SelChange();
     void MouseDown(int button, int shift, int x, int y);
 
-protected:
+  protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
-private:
+  private:
     QTableWidgetItem *cell(int row, int col);
     const QTableWidgetItem *cellOrNull(int row, int col) const;
     void requireCell(int row, int col) const;

@@ -23,7 +23,7 @@ QString jsonLiteral(const std::string &text) {
 }
 
 class WebBrowser : public Browser {
-public:
+  public:
     WebBrowser()
         : profile_(new QWebEngineProfile()), page_(new QWebEnginePage(profile_)),
           view_(new QWebEngineView()) {
@@ -93,7 +93,7 @@ public:
         view_->activateWindow();
     }
 
-private:
+  private:
     // Runs a script that answers whether the page had what it needed; a page without it is
     // the run time's "object doesn't support this property or method".
     void run(const QString &script) {

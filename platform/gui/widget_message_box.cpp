@@ -39,6 +39,8 @@ MsgBoxResult showBox(const MsgBoxRequest &request) {
 
 } // namespace
 
-void installWidgetMessageBox() { setMsgBoxPresenter(showBox); }
+void installWidgetMessageBox() {
+    setMsgBoxPresenter(showBox);
+}
 
 } // namespace mirelo::platform

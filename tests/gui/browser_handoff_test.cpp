@@ -21,7 +21,7 @@ namespace support = mirelo::testing;
 namespace {
 
 class BrowserHandoffTest : public support::ApplicationTest {
-protected:
+  protected:
     void SetUp() override {
         ApplicationTest::SetUp();
         support::ensureGuiApplication();

@@ -12,7 +12,7 @@ using mirelo::platform::FlexGrid;
 namespace {
 
 class FlexGridTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         mirelo::testing::ensureGuiApplication();
         owned = std::make_unique<FlexGrid>();
@@ -35,7 +35,8 @@ protected:
     FlexGrid *grid = nullptr;
 };
 
-TEST_F(FlexGridTest, moves_by_the_program_raise_nothing_and_a_click_raises_SelChange_then_MouseDown) {
+TEST_F(FlexGridTest,
+       moves_by_the_program_raise_nothing_and_a_click_raises_SelChange_then_MouseDown) {
     QStringList events;
     QObject::connect(grid, &FlexGrid::SelChange, [&] {
         events << QStringLiteral("SelChange %1,%2").arg(grid->Row()).arg(grid->Col());

@@ -30,7 +30,7 @@ namespace support = mirelo::testing;
 namespace {
 
 class LoginAndFrameTest : public support::ApplicationTest {
-protected:
+  protected:
     void SetUp() override {
         ApplicationTest::SetUp();
         support::ensureGuiApplication();

@@ -40,7 +40,7 @@ struct RecordedHandoff {
 };
 
 class RecordingBrowser : public platform::Browser {
-public:
+  public:
     explicit RecordingBrowser(std::vector<RecordedHandoff> &log) : log_(log) { log_.push_back({}); }
     void Navigate(const std::string &url) override { log_.back().url = url; }
     int ReadyState() override { return platform::ReadyStateComplete; }
@@ -55,12 +55,12 @@ public:
     void SetVisible() override {}
     void BringToFront() override {}
 
-private:
+  private:
     std::vector<RecordedHandoff> &log_;
 };
 
 class MedicationViewTest : public support::ApplicationTest {
-protected:
+  protected:
     void SetUp() override {
         ApplicationTest::SetUp();
         support::ensureGuiApplication();
@@ -117,8 +117,8 @@ TEST_F(MedicationViewTest, a_visit_logs_in_finds_the_patient_and_takes_a_product
     settings.dataPath = appDir() + "/data/";
     settings.server = korvalo.baseUrl();
     support::writeSettingsFile(settings);
-    storePatient("191212121212", {product("S2_1", "Alvedon", "N02BE01"),
-                                  product("S1_1", "Ipren", "M01AE01")});
+    storePatient("191212121212",
+                 {product("S2_1", "Alvedon", "N02BE01"), product("S1_1", "Ipren", "M01AE01")});
     storePatient("202002022222", {});
 
     frmSplash &splash = Screen<frmSplash>();
@@ -150,9 +150,10 @@ TEST_F(MedicationViewTest, a_visit_logs_in_finds_the_patient_and_takes_a_product
     const auto taken = stored.selectSingleNode("//Product[ID = \"S2_1\"]");
     EXPECT_EQ(taken.selectSingleNode("Checked").text(), "0");
     EXPECT_EQ(taken.selectSingleNode("TakenOutBy").text(), session().gSignature);
-    EXPECT_TRUE(QRegularExpression(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d$)")
-                    .match(QString::fromStdString(taken.selectSingleNode("TakenOutTimestamp").text()))
-                    .hasMatch());
+    EXPECT_TRUE(
+        QRegularExpression(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d$)")
+            .match(QString::fromStdString(taken.selectSingleNode("TakenOutTimestamp").text()))
+            .hasMatch());
     // With past products shown the product moves below the current one and stays selected.
     EXPECT_EQ(view.FlexGrid->TextMatrix(2, 7), "S2_1");
     EXPECT_EQ(view.FlexGrid->Row(), 2);
@@ -203,7 +204,8 @@ TEST_F(MedicationViewTest, the_grid_shows_icons_red_duplicates_the_warning_butto
     EXPECT_FALSE(view.Label11->isHidden()) << "the first row carries a warning";
 }
 
-TEST_F(MedicationViewTest, a_whole_number_opens_the_view_and_one_without_a_file_goes_to_the_service) {
+TEST_F(MedicationViewTest,
+       a_whole_number_opens_the_view_and_one_without_a_file_goes_to_the_service) {
     storePatient("191212121212", {product("S1_1", "Alvedon", "N02BE01")});
     Screen<mainApp>().show();
 
@@ -244,8 +246,9 @@ TEST_F(MedicationViewTest, a_file_deleted_before_selection_is_reported_and_the_s
 
     screen.List1->clear();
     screen.cmdSelPat->click();
-    EXPECT_EQ(boxes.back().text,
-              "Det finns inga patienter i listan!\r\nAnvänd \"Sök\"-funktionen eller \"Lista alla\".");
+    EXPECT_EQ(
+        boxes.back().text,
+        "Det finns inga patienter i listan!\r\nAnvänd \"Sök\"-funktionen eller \"Lista alla\".");
     EXPECT_EQ(boxes.back().icon, platform::MsgBoxIcon::Exclamation);
 }
 

@@ -31,7 +31,7 @@ namespace support = mirelo::testing;
 namespace {
 
 class WholePrescriptionTest : public support::ApplicationTest {
-protected:
+  protected:
     void SetUp() override {
         ApplicationTest::SetUp();
         support::ensureGuiApplication();
@@ -117,9 +117,8 @@ TEST_F(WholePrescriptionTest, a_product_prescribed_on_the_service_page_stands_fi
     view.cmdSend->click();
     QWebEngineView *browser = shownBrowser();
     ASSERT_NE(browser, nullptr);
-    ASSERT_TRUE(eventually([&] {
-        return runScript(browser, "!!document.forms['Prescribe']").toBool();
-    }));
+    ASSERT_TRUE(
+        eventually([&] { return runScript(browser, "!!document.forms['Prescribe']").toBool(); }));
     runScript(browser, "document.querySelector('input[name=vnr][value=\"146712\"]').checked = true;"
                        "document.forms['Prescribe'].submit(); true");
     ASSERT_TRUE(eventually([&] { return inboxHoldsAMessage(); }));

@@ -58,9 +58,8 @@ int main(int argc, char **argv) {
     alvedon.id = "S1_1";
     alvedon.checked = "0";
     alvedon.allergicHistory = "1";
-    support::storePatientFile("191212121212.xml",
-                              support::patientText("191212121212", "Åström", "Märta",
-                                                   {waran, alvedon}));
+    support::storePatientFile("191212121212.xml", support::patientText("191212121212", "Åström",
+                                                                       "Märta", {waran, alvedon}));
 
     mainApp &frame = Screen<mainApp>();
     frame.show();

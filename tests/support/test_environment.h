@@ -17,7 +17,7 @@ struct ProcessEnded {};
 // out as an installation has them, gDataPath pointing at data/, a frozen clock, scripted
 // message boxes and a recorded end of the process.
 class ApplicationTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override;
     void TearDown() override;
 
@@ -31,7 +31,7 @@ protected:
 
     static QDateTime frozenNow() { return QDateTime(QDate(2026, 3, 15), QTime(14, 5, 9)); }
 
-private:
+  private:
     std::string appDir_;
 };
 

@@ -12,7 +12,7 @@ namespace support = mirelo::testing;
 namespace {
 
 class HandoverDocumentTest : public support::ApplicationTest {
-protected:
+  protected:
     void SetUp() override {
         ApplicationTest::SetUp();
         session().gUsername = "demo";
