@@ -3,17 +3,11 @@
 #include "core/application_context.h"
 #include "core/document_building.h"
 #include "core/mirelo_error.h"
+#include "intake/message_paths.h"
 #include "platform/http_request.h"
 
 namespace mirelo {
 namespace {
-
-constexpr const char *PrescriberName =
-    "//NewPrescriptionMessage/PrescriptionMessage/MessageSender/HealthcareAgent/"
-    "HealthcareParty/HealthcarePerson/Name";
-constexpr const char *IssueTimestamp =
-    "//NewPrescriptionMessage/PrescriptionMessage/GeneralPrescriptionMessageInformation/"
-    "IdOfMessageByOriginator/IssueDateAndTimeOfMessage";
 
 std::string itemText(const platform::XmlNode &item, const char *query) {
     return item.selectSingleNode(query).text();
@@ -54,15 +48,16 @@ platform::XmlDocument BuildVnrXML(const platform::XmlDocument &message) {
                                           "TimeInterval/TimeValue"));
         field("TimeUnit", itemText(item, "PrescribedMedicinalProduct/RepeatDispensingInstructions/"
                                          "TimeInterval/TimeUnit"));
-        field("PrescribedBy", message.selectSingleNode(PrescriberName).text());
-        field("PrescribedTimestamp", message.selectSingleNode(IssueTimestamp).text());
+        field("PrescribedBy", message.selectSingleNode(message_paths::PrescriberName).text());
+        field("PrescribedTimestamp",
+              message.selectSingleNode(message_paths::IssueTimestamp).text());
         field("Checked", "1");
         for (const char *name :
              {"ExtendedMedicalInfo", "ExtendedMedicalInfoBy", "ExtendedMedicalInfoTimestamp"}) {
             field(name, "");
         }
-        field("InsertedBy", message.selectSingleNode(PrescriberName).text());
-        field("InsertedTimestamp", message.selectSingleNode(IssueTimestamp).text());
+        field("InsertedBy", message.selectSingleNode(message_paths::PrescriberName).text());
+        field("InsertedTimestamp", message.selectSingleNode(message_paths::IssueTimestamp).text());
         field("TakenOutBy", "");
         field("TakenOutTimestamp", "");
         field("Allergic", "0");

@@ -3,17 +3,13 @@
 #include "core/clock.h"
 #include "core/conversions.h"
 #include "core/document_building.h"
+#include "intake/message_paths.h"
 
 #include <string>
 
 namespace mirelo {
 namespace {
 
-constexpr const char *PrescriberName = "//NewPrescriptionMessage/PrescriptionMessage/MessageSender/"
-                                       "HealthcareAgent/HealthcareParty/HealthcarePerson/Name";
-constexpr const char *IssueTime =
-    "//NewPrescriptionMessage/PrescriptionMessage/GeneralPrescriptionMessageInformation/"
-    "IdOfMessageByOriginator/IssueDateAndTimeOfMessage";
 constexpr const char *Dosage = "PrescribedMedicinalProduct/InstructionsForUse/"
                                "UnstructuredInstructionsForUse/UnstructuredDosageAdmin";
 constexpr const char *Repeats = "PrescribedMedicinalProduct/RepeatDispensingInstructions/";
@@ -66,16 +62,16 @@ void appendProduct(platform::XmlDocument &products, const platform::XmlNode &roo
         field("TimeValue", textOf(item, std::string(Repeats) + "TimeInterval/TimeValue"));
         field("TimeUnit", textOf(item, std::string(Repeats) + "TimeInterval/TimeUnit"));
     }
-    field("PrescribedBy", textOf(message, PrescriberName));
-    field("PrescribedTimestamp", textOf(message, IssueTime));
+    field("PrescribedBy", textOf(message, message_paths::PrescriberName));
+    field("PrescribedTimestamp", textOf(message, message_paths::IssueTimestamp));
     field("Checked", "1");
     field("ExtendedMedicalInfo", "");
     field("ExtendedMedicalInfoBy", "");
     field("ExtendedMedicalInfoTimestamp", "");
     // The prescriber put the medication in, at the moment of the prescription; not the local
     // user at the moment of intake.
-    field("InsertedBy", textOf(message, PrescriberName));
-    field("InsertedTimestamp", textOf(message, IssueTime));
+    field("InsertedBy", textOf(message, message_paths::PrescriberName));
+    field("InsertedTimestamp", textOf(message, message_paths::IssueTimestamp));
     field("TakenOutBy", "");
     field("TakenOutTimestamp", "");
     field("Allergic", "0");
