@@ -31,7 +31,9 @@ if [ ! -f "$settings" ]; then
 XML
 fi
 
-"$here/build/korvalo/korvalo" --port "$port" --inbox "$install_dir/in" --samples 3 &
+# A few prescriptions are waiting in the inbox, so patients arrive soon after logging in.
+"$here/build/korvalo/korvalo" --inbox "$install_dir/in" --samples 3 >/dev/null
+"$here/build/korvalo/korvalo" --port "$port" --inbox "$install_dir/in" &
 korvalo_pid=$!
 trap 'kill "$korvalo_pid" 2>/dev/null || true; wait "$korvalo_pid" 2>/dev/null || true' EXIT
 
