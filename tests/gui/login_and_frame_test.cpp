@@ -2,6 +2,7 @@
 #include "gui_application.h"
 #include "korvalo_process.h"
 #include "platform/file_system.h"
+#include "platform/gui/mirelo_application.h"
 #include "prescription_message_builder.h"
 #include "screens/frmMain.h"
 #include "screens/frmSplash.h"
@@ -188,6 +189,15 @@ TEST_F(LoginAndFrameTest, closing_the_frame_asks_and_No_keeps_frame_timer_and_ti
 
     EXPECT_FALSE(frame.MDIForm_QueryUnload());
     EXPECT_THROW(frame.MDIForm_Unload(), support::ProcessEnded);
+}
+
+TEST_F(LoginAndFrameTest, a_failure_no_handler_caught_is_reported_and_ends_the_process) {
+    EXPECT_THROW(platform::ReportUnhandledFailure(53, "Filen hittades inte"),
+                 support::ProcessEnded);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text, "Körfel '53':\r\nFilen hittades inte");
+    EXPECT_EQ(boxes[0].title, "Mirelo");
+    EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::Stop);
 }
 
 } // namespace
