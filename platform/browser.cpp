@@ -10,7 +10,22 @@ std::function<std::unique_ptr<Browser>()> &factory() {
     return current;
 }
 
+int &waitsInProgress() {
+    static int count = 0;
+    return count;
+}
+
 } // namespace
+
+BrowserWait::BrowserWait() {
+    ++waitsInProgress();
+}
+BrowserWait::~BrowserWait() {
+    --waitsInProgress();
+}
+bool BrowserIsWaiting() {
+    return waitsInProgress() > 0;
+}
 
 std::unique_ptr<Browser> CreateBrowser() {
     if (!factory()) {

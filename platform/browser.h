@@ -35,6 +35,17 @@ class Browser {
 std::unique_ptr<Browser> CreateBrowser();
 void setBrowserFactory(std::function<std::unique_ptr<Browser>()> factory);
 
+// A hand-off blocks the program while it waits for the page, as it always has: the inbox
+// timer's ticks that fall in such a wait pass without effect. A wait marks itself with this.
+class BrowserWait {
+  public:
+    BrowserWait();
+    ~BrowserWait();
+    BrowserWait(const BrowserWait &) = delete;
+    BrowserWait &operator=(const BrowserWait &) = delete;
+};
+bool BrowserIsWaiting();
+
 // ReadyState of a page that has completed.
 inline constexpr int ReadyStateComplete = 4;
 

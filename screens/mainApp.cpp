@@ -1,5 +1,6 @@
 #include "screens/mainApp.h"
 
+#include "platform/browser.h"
 #include "platform/message_box.h"
 #include "platform/process_end.h"
 #include "screens/frmMain.h"
@@ -125,6 +126,9 @@ void mainApp::Exit_Click() {
 }
 
 void mainApp::Timer1_Timer() {
+    if (platform::BrowserIsWaiting()) {
+        return;
+    }
     inbox_.Timer1_Timer(
         [] { return IsLoaded<frmShowPatient>() && Screen<frmShowPatient>().isVisible(); },
         [] {

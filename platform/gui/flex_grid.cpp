@@ -2,12 +2,16 @@
 
 #include "core/mirelo_error.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyleHints>
 #include <QStyledItemDelegate>
+#include <algorithm>
+#include <cmath>
 
 namespace mirelo::platform {
 namespace {
@@ -22,6 +26,10 @@ constexpr int TwipsPerPixel = 15;
 
 const QColor FixedAreaColor(224, 224, 224);
 
+int pixels(int twips) {
+    return (twips + TwipsPerPixel / 2) / TwipsPerPixel;
+}
+
 Qt::Alignment qtAlignment(int code) {
     switch (code) {
     case FlexGrid::AlignCenterCenter:
@@ -33,80 +41,106 @@ Qt::Alignment qtAlignment(int code) {
     }
 }
 
-// The icon columns are barely wider than their pictures, so a picture is drawn whole in the
-// middle of its cell rather than beside the text as a list item's icon would be.
-class PictureDelegate : public QStyledItemDelegate {
+// Draws each cell from the grid's state: grey in the fixed area, the alignment of the cell or
+// its column, and the picture whole in the middle of the cell. The icon columns are barely
+// wider than their pictures, so a picture beside the text, as a list item's icon stands, would
+// be cut off.
+class CellDelegate : public QStyledItemDelegate {
   public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    explicit CellDelegate(FlexGrid *grid) : QStyledItemDelegate(grid), grid_(grid) {}
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override {
-        const QVariant picture = index.data(Qt::DecorationRole);
-        if (!picture.isValid()) {
-            QStyledItemDelegate::paint(painter, option, index);
-            return;
+        QStyledItemDelegate::paint(painter, option, index);
+        const int picture = index.data(PictureRole).toInt();
+        if (picture >= 1 && picture <= grid_->imageList().Count()) {
+            const QPixmap &pixmap = grid_->imageList().ListImage(picture);
+            QRect target = pixmap.rect();
+            target.moveCenter(option.rect.center());
+            painter->drawPixmap(target, pixmap);
         }
-        QStyleOptionViewItem withoutPicture = option;
-        initStyleOption(&withoutPicture, index);
-        withoutPicture.features &= ~QStyleOptionViewItem::HasDecoration;
-        withoutPicture.icon = QIcon();
-        QStyledItemDelegate::paint(painter, withoutPicture, QModelIndex());
-        painter->fillRect(option.rect, index.data(Qt::BackgroundRole).value<QBrush>());
-        const QPixmap pixmap = picture.value<QPixmap>();
-        QRect target = pixmap.rect();
-        target.moveCenter(option.rect.center());
-        painter->drawPixmap(target, pixmap);
     }
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const bool fixed = index.row() < grid_->FixedRows() || index.column() < grid_->FixedCols();
+        option->backgroundBrush =
+            fixed ? FixedAreaColor : QApplication::palette().color(QPalette::Base);
+        option->displayAlignment = qtAlignment(grid_->CellAlignmentAt(index.row(), index.column()));
+    }
+
+  private:
+    FlexGrid *grid_;
 };
 
 } // namespace
 
 FlexGrid::FlexGrid(QWidget *parent) : QTableWidget(parent) {
-    setItemDelegate(new PictureDelegate(this));
+    setItemDelegate(new CellDelegate(this));
     horizontalHeader()->hide();
     horizontalHeader()->setMinimumSectionSize(0);
     verticalHeader()->hide();
+    verticalHeader()->setMinimumSectionSize(0);
     setSelectionMode(QAbstractItemView::NoSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setFocusPolicy(Qt::StrongFocus);
     setWordWrap(false);
+    setMouseTracking(true);
     setStyleSheet(QStringLiteral("QTableWidget { gridline-color: rgb(192, 192, 192); "
                                  "background-color: rgb(224, 224, 224); }"));
     QPalette colours = palette();
     colours.setColor(QPalette::Base, FixedAreaColor);
+    // The marked row keeps the highlight colours when the grid loses the focus.
+    for (QPalette::ColorRole role : {QPalette::Highlight, QPalette::HighlightedText}) {
+        colours.setColor(QPalette::Inactive, role, colours.color(QPalette::Active, role));
+    }
     setPalette(colours);
+    fitRowsToFont();
+}
+
+void FlexGrid::fitRowsToFont() {
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 3);
+}
+
+void FlexGrid::changeEvent(QEvent *event) {
+    QTableWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        fitRowsToFont();
+    }
+}
+
+void FlexGrid::createCells(int fromRow, int fromCol) {
+    for (int row = 0; row < rowCount(); ++row) {
+        for (int col = row < fromRow ? fromCol : 0; col < columnCount(); ++col) {
+            setItem(row, col, new QTableWidgetItem());
+        }
+    }
 }
 
 void FlexGrid::setRows(int rows) {
     const int before = rowCount();
     setRowCount(rows);
-    for (int row = before; row < rows; ++row) {
-        for (int col = 0; col < columnCount(); ++col) {
-            cell(row, col);
-        }
-    }
-    paintFixedArea();
+    createCells(before, columnCount());
+    row_ = std::clamp(row_, 0, std::max(0, rows - 1));
 }
 
 void FlexGrid::setCols(int cols) {
     const int before = columnCount();
     setColumnCount(cols);
-    for (int row = 0; row < rowCount(); ++row) {
-        for (int col = before; col < cols; ++col) {
-            cell(row, col);
-        }
-    }
-    paintFixedArea();
+    createCells(rowCount(), before);
+    col_ = std::clamp(col_, 0, std::max(0, cols - 1));
+    colSel_ = std::clamp(colSel_, 0, std::max(0, cols - 1));
 }
 
 void FlexGrid::setFixedRows(int rows) {
     fixedRows_ = rows;
-    paintFixedArea();
+    viewport()->update();
 }
 
 void FlexGrid::setFixedCols(int cols) {
     fixedCols_ = cols;
-    paintFixedArea();
+    viewport()->update();
 }
 
 void FlexGrid::requireCell(int row, int col) const {
@@ -197,14 +231,11 @@ int FlexGrid::CellPictureAt(int row, int col) const {
 }
 
 void FlexGrid::setCellPictureAt(int row, int col, int picture) {
-    QTableWidgetItem *target = cell(row, col);
-    target->setData(PictureRole, picture);
-    const bool known = picture >= 1 && picture <= static_cast<int>(images_.size());
-    target->setData(Qt::DecorationRole, known ? QVariant(images_[picture - 1]) : QVariant());
-}
-
-void FlexGrid::setCellForeColorAt(int row, int col, const QColor &color) {
-    cell(row, col)->setForeground(color);
+    if (picture != 0) {
+        // A number the list doesn't hold fails as the list itself does.
+        images_.ListImage(picture);
+    }
+    cell(row, col)->setData(PictureRole, picture);
 }
 
 QColor FlexGrid::CellForeColorAt(int row, int col) const {
@@ -213,10 +244,8 @@ QColor FlexGrid::CellForeColorAt(int row, int col) const {
                                                                : palette().color(QPalette::Text);
 }
 
-void FlexGrid::setCellAlignmentAt(int row, int col, int alignment) {
-    QTableWidgetItem *target = cell(row, col);
-    target->setData(CellAlignmentRole, alignment);
-    target->setTextAlignment(qtAlignment(alignment));
+void FlexGrid::setCellForeColorAt(int row, int col, const QColor &color) {
+    cell(row, col)->setForeground(color);
 }
 
 int FlexGrid::CellAlignmentAt(int row, int col) const {
@@ -224,7 +253,11 @@ int FlexGrid::CellAlignmentAt(int row, int col) const {
     if (found && found->data(CellAlignmentRole).isValid()) {
         return found->data(CellAlignmentRole).toInt();
     }
-    return colAlignments_.value(col, AlignLeftCenter);
+    return ColAlignment(col);
+}
+
+void FlexGrid::setCellAlignmentAt(int row, int col, int alignment) {
+    cell(row, col)->setData(CellAlignmentRole, alignment);
 }
 
 bool FlexGrid::CellFontBoldAt(int row, int col) const {
@@ -232,37 +265,49 @@ bool FlexGrid::CellFontBoldAt(int row, int col) const {
     return found && found->font().bold();
 }
 
+int FlexGrid::ColWidth(int col) const {
+    requireCell(0, col);
+    if (isColumnHidden(col)) {
+        return 0;
+    }
+    return colWidths_.value(col, columnWidth(col) * TwipsPerPixel);
+}
+
 void FlexGrid::setColWidth(int col, int twips) {
     requireCell(0, col);
     colWidths_[col] = twips;
     setColumnHidden(col, twips == 0);
     if (twips > 0) {
-        setColumnWidth(col, (twips + TwipsPerPixel / 2) / TwipsPerPixel);
+        setColumnWidth(col, pixels(twips));
     }
+}
+
+int FlexGrid::ColAlignment(int col) const {
+    return colAlignments_.value(col, AlignLeftCenter);
 }
 
 void FlexGrid::setColAlignment(int col, int alignment) {
     requireCell(0, col);
     colAlignments_[col] = alignment;
-    for (int row = 0; row < rowCount(); ++row) {
-        QTableWidgetItem *target = cell(row, col);
-        if (!target->data(CellAlignmentRole).isValid()) {
-            target->setTextAlignment(qtAlignment(alignment));
-        }
-    }
+    viewport()->update();
+}
+
+int FlexGrid::RowHeight(int row) const {
+    requireCell(row, 0);
+    return rowHeight(row) * TwipsPerPixel;
+}
+
+void FlexGrid::setRowHeightTwips(int row, int twips) {
+    requireCell(row, 0);
+    setRowHeight(row, pixels(twips));
 }
 
 void FlexGrid::Clear() {
     for (int row = 0; row < rowCount(); ++row) {
         for (int col = 0; col < columnCount(); ++col) {
-            auto *empty = new QTableWidgetItem();
-            if (colAlignments_.contains(col)) {
-                empty->setTextAlignment(qtAlignment(colAlignments_.value(col)));
-            }
-            setItem(row, col, empty);
+            setItem(row, col, new QTableWidgetItem());
         }
     }
-    paintFixedArea();
 }
 
 void FlexGrid::AddItem(const QString &tabSeparated) {
@@ -274,53 +319,72 @@ void FlexGrid::AddItem(const QString &tabSeparated) {
     }
 }
 
-void FlexGrid::setImageList(std::vector<QPixmap> images) {
-    images_ = std::move(images);
+void FlexGrid::noteMousePosition(const QPoint &at) {
+    const int row = rowAt(at.y());
+    const int col = columnAt(at.x());
+    if (row >= 0 && col >= 0) {
+        mouseRow_ = row;
+        mouseCol_ = col;
+    }
 }
 
-void FlexGrid::paintFixedArea() {
-    for (int row = 0; row < rowCount(); ++row) {
-        for (int col = 0; col < columnCount(); ++col) {
-            QTableWidgetItem *target = cell(row, col);
-            const bool fixed = row < fixedRows_ || col < fixedCols_;
-            target->setBackground(fixed ? QBrush(FixedAreaColor) : QBrush(Qt::white));
-        }
-    }
+void FlexGrid::mouseMoveEvent(QMouseEvent *event) {
+    noteMousePosition(event->position().toPoint());
+}
+
+// Qt delivers a double click as two presses and a double-click event; the user's double click
+// is one MouseDown, as a second tick on a tick box would undo the first. The rule is Qt's own:
+// the same button again, soon and near, and a third press starts afresh.
+bool FlexGrid::isSecondPressOfDoubleClick(const QMouseEvent *event) {
+    const QStyleHints *hints = QGuiApplication::styleHints();
+    const QPointF moved = event->position() - lastPressPosition_;
+    const bool second = event->button() == lastPressButton_ &&
+                        event->timestamp() - lastPressTime_ <
+                            static_cast<quint64>(hints->mouseDoubleClickInterval()) &&
+                        std::abs(moved.x()) <= hints->mouseDoubleClickDistance() &&
+                        std::abs(moved.y()) <= hints->mouseDoubleClickDistance();
+    lastPressButton_ = second ? Qt::NoButton : event->button();
+    lastPressTime_ = event->timestamp();
+    lastPressPosition_ = event->position();
+    return second;
 }
 
 void FlexGrid::mousePressEvent(QMouseEvent *event) {
     const QPoint at = event->position().toPoint();
     const int row = rowAt(at.y());
     const int col = columnAt(at.x());
-    if (row < 0 || col < 0) {
+    if (isSecondPressOfDoubleClick(event) || row < 0 || col < 0) {
         return;
     }
-    mouseRow_ = row;
-    mouseCol_ = col;
+    noteMousePosition(at);
     setFocus(Qt::MouseFocusReason);
     if (row >= fixedRows_) {
         if (col < fixedCols_) {
-            // A click in a fixed column makes the clicked row current, as the user's own move.
-            moveByUser(row, fixedCols_);
+            // A click in a fixed column marks the clicked row, as the user's own move.
+            moveByUser(row, fixedCols_, columnCount() - 1);
         } else {
-            moveByUser(row, col);
+            moveByUser(row, col, col);
         }
     }
     const int button = event->button() == Qt::LeftButton    ? 1
                        : event->button() == Qt::RightButton ? 2
                                                             : 4;
-    emit MouseDown(button, static_cast<int>(event->modifiers() >> 25), at.x(), at.y());
+    const Qt::KeyboardModifiers keys = event->modifiers();
+    const int shift = (keys.testFlag(Qt::ShiftModifier) ? 1 : 0) +
+                      (keys.testFlag(Qt::ControlModifier) ? 2 : 0) +
+                      (keys.testFlag(Qt::AltModifier) ? 4 : 0);
+    emit MouseDown(button, shift, at.x() * TwipsPerPixel, at.y() * TwipsPerPixel);
 }
 
 void FlexGrid::mouseDoubleClickEvent(QMouseEvent *event) {
-    mousePressEvent(event);
+    event->accept();
 }
 
-void FlexGrid::moveByUser(int row, int col) {
-    const bool moved = row != row_ || col != col_ || colSel_ != col;
+void FlexGrid::moveByUser(int row, int col, int colSel) {
+    const bool moved = row != row_ || col != col_ || colSel != colSel_;
     row_ = row;
     col_ = col;
-    colSel_ = col;
+    colSel_ = colSel;
     showSelection();
     if (moved) {
         emit SelChange();
@@ -348,7 +412,7 @@ void FlexGrid::keyPressEvent(QKeyEvent *event) {
         return;
     }
     if (row >= fixedRows_ && col >= fixedCols_) {
-        moveByUser(row, col);
+        moveByUser(row, col, col);
     }
 }
 

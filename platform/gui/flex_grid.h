@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/gui/image_list.h"
+
 #include <QColor>
-#include <QPixmap>
+#include <QMap>
 #include <QTableWidget>
-#include <vector>
 
 namespace mirelo::platform {
 
@@ -11,6 +12,7 @@ namespace mirelo::platform {
 // current row and column, a selection that runs from the current column to ColSel, fixed rows
 // and columns, pictures from an image list, and the cell under the mouse. SelChange and
 // MouseDown are raised for the user only: moves made by the program raise nothing.
+// Widths and heights are in twips, 15 to the pixel, as the screens' layouts are.
 class FlexGrid : public QTableWidget {
     Q_OBJECT
 
@@ -22,6 +24,7 @@ class FlexGrid : public QTableWidget {
     static constexpr int AlignCenterCenter = 4;
     static constexpr int AlignRightBottom = 8;
 
+    // The row count may grow and shrink; rows added are empty. The current cell stays inside.
     int Rows() const { return rowCount(); }
     void setRows(int rows);
     int Cols() const { return columnCount(); }
@@ -32,38 +35,53 @@ class FlexGrid : public QTableWidget {
     void setFixedCols(int cols);
 
     // Setting the row or column makes that cell current and collapses the selection to it. A
-    // row or column outside the grid fails.
+    // row or column outside the grid fails with the grid's own numbers, 30009 and 30010.
     int Row() const { return row_; }
     void setRow(int row);
     int Col() const { return col_; }
     void setCol(int col);
     int ColSel() const { return colSel_; }
     void setColSel(int col);
+    // 0 shows no selection, any other value shows it.
     int HighLight() const { return highLight_; }
     void setHighLight(int highLight);
 
     // The current cell's text and formats.
     QString Text() const { return TextMatrix(row_, col_); }
     void setText(const QString &text) { setTextMatrix(row_, col_, text); }
-    void setCellFontBold(bool bold);
+    int CellPicture() const { return CellPictureAt(row_, col_); }
+    void setCellPicture(int picture) { setCellPictureAt(row_, col_, picture); }
+    QColor CellForeColor() const { return CellForeColorAt(row_, col_); }
+    void setCellForeColor(const QColor &color) { setCellForeColorAt(row_, col_, color); }
+    int CellAlignment() const { return CellAlignmentAt(row_, col_); }
     void setCellAlignment(int alignment) { setCellAlignmentAt(row_, col_, alignment); }
+    bool CellFontBold() const { return CellFontBoldAt(row_, col_); }
+    void setCellFontBold(bool bold);
 
+    // Any cell by its row and column.
     QString TextMatrix(int row, int col) const;
     void setTextMatrix(int row, int col, const QString &text);
-    // Pictures are numbered by their place in the image list, from 1; 0 is no picture.
+    // The picture is the number of an image in the grid's image list, from 1; 0 is none. The
+    // number is the cell's state, so a cell is asked which image it shows by comparing numbers.
     int CellPictureAt(int row, int col) const;
     void setCellPictureAt(int row, int col, int picture);
-    void setCellForeColorAt(int row, int col, const QColor &color);
     QColor CellForeColorAt(int row, int col) const;
-    void setCellAlignmentAt(int row, int col, int alignment);
+    void setCellForeColorAt(int row, int col, const QColor &color);
+    // A cell without an alignment of its own takes its column's.
     int CellAlignmentAt(int row, int col) const;
+    void setCellAlignmentAt(int row, int col, int alignment);
     bool CellFontBoldAt(int row, int col) const;
 
-    // Widths in twips; 0 hides the column, whose cells are still read and written.
-    int ColWidth(int col) const { return colWidths_.value(col, 0); }
+    // 0 hides the column; its cells are still read and written.
+    int ColWidth(int col) const;
     void setColWidth(int col, int twips);
+    int ColAlignment(int col) const;
     void setColAlignment(int col, int alignment);
+    int RowHeight(int row) const;
+    void setRowHeightTwips(int row, int twips);
 
+    // The cell under the mouse when it last moved over the grid or pressed a button there;
+    // 0 and 0 before the mouse has been on the grid.
     int MouseRow() const { return mouseRow_; }
     int MouseCol() const { return mouseCol_; }
 
@@ -72,24 +90,31 @@ class FlexGrid : public QTableWidget {
     // A new last row, its cells taken from the tab-separated text.
     void AddItem(const QString &tabSeparated);
 
-    void setImageList(std::vector<QPixmap> images);
+    void setImageList(ImageList images) { images_ = std::move(images); }
+    const ImageList &imageList() const { return images_; }
 
   signals:
     void SelChange();
+    // Button 1 left, 2 right, 4 middle; shift 1, control 2, alt 4 added up; x and y in twips.
     void MouseDown(int button, int shift, int x, int y);
 
   protected:
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
   private:
     QTableWidgetItem *cell(int row, int col);
     const QTableWidgetItem *cellOrNull(int row, int col) const;
     void requireCell(int row, int col) const;
-    void paintFixedArea();
+    void createCells(int fromRow, int fromCol);
     void showSelection();
-    void moveByUser(int row, int col);
+    void moveByUser(int row, int col, int colSel);
+    void noteMousePosition(const QPoint &at);
+    bool isSecondPressOfDoubleClick(const QMouseEvent *event);
+    void fitRowsToFont();
 
     int fixedRows_ = 1;
     int fixedCols_ = 1;
@@ -101,7 +126,12 @@ class FlexGrid : public QTableWidget {
     int mouseCol_ = 0;
     QMap<int, int> colWidths_;
     QMap<int, int> colAlignments_;
-    std::vector<QPixmap> images_;
+    ImageList images_;
+
+    // The previous press, to tell the second press of a double click from a click of its own.
+    quint64 lastPressTime_ = 0;
+    QPointF lastPressPosition_;
+    Qt::MouseButton lastPressButton_ = Qt::NoButton;
 };
 
 } // namespace mirelo::platform

@@ -56,6 +56,7 @@ class WebBrowser : public Browser {
     int ReadyState() override { return complete_ ? ReadyStateComplete : 1; }
 
     void Sleep(int milliseconds) override {
+        const BrowserWait blocking;
         QEventLoop wait;
         QTimer::singleShot(milliseconds, &wait, &QEventLoop::quit);
         wait.exec(QEventLoop::ExcludeUserInputEvents);
@@ -97,6 +98,7 @@ class WebBrowser : public Browser {
     // Runs a script that answers whether the page had what it needed; a page without it is
     // the run time's "object doesn't support this property or method".
     void run(const QString &script) {
+        const BrowserWait blocking;
         QEventLoop wait;
         bool found = false;
         page_->runJavaScript(script, [&](const QVariant &answer) {

@@ -1,6 +1,7 @@
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "korvalo_process.h"
+#include "platform/browser.h"
 #include "platform/file_system.h"
 #include "platform/gui/mirelo_application.h"
 #include "prescription_message_builder.h"
@@ -186,6 +187,13 @@ TEST_F(LoginAndFrameTest, closing_the_frame_asks_and_No_keeps_frame_timer_and_ti
     EXPECT_EQ(frame.Exit->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_A));
     EXPECT_EQ(frame.Settings->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_I));
     EXPECT_EQ(frame.About->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_O));
+
+    // While a hand-off waits for its page the ticks pass without effect.
+    {
+        const platform::BrowserWait waiting;
+        frame.Timer1_Timer();
+    }
+    EXPECT_EQ(frame.tickCount(), 2);
 
     EXPECT_FALSE(frame.MDIForm_QueryUnload());
     EXPECT_THROW(frame.MDIForm_Unload(), support::ProcessEnded);

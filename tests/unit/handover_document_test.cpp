@@ -1,9 +1,11 @@
 #include "core/application_context.h"
+#include "core/mirelo_error.h"
 #include "exchange/handover_document.h"
 #include "patient_file_builder.h"
 #include "stored_patient_reading.h"
 #include "test_environment.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
 using namespace mirelo;
@@ -34,6 +36,13 @@ TEST_F(HandoverDocumentTest, a_personal_number_goes_over_in_PrescriberInfo_alone
                                                           {"Version", "1.0.2"},
                                                           {"Pnr", "1912"}}));
     EXPECT_EQ(handover->documentElement().childNodes().size(), 1u);
+    // The document lives in memory only: the password reaches no file.
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(appDir())) {
+        if (entry.is_regular_file()) {
+            EXPECT_EQ(support::readBytes(entry.path()).find("hemligt"), std::string::npos)
+                << entry.path();
+        }
+    }
 }
 
 TEST_F(HandoverDocumentTest, a_patient_goes_over_whole_with_only_the_current_products) {
@@ -51,6 +60,11 @@ TEST_F(HandoverDocumentTest, a_patient_goes_over_whole_with_only_the_current_pro
     ASSERT_TRUE(patient.loadXML(
         support::patientText("191212121212", "Åström", "Märta", {current, past, other})));
 
+    // The nodes move into the handover document, so their text is taken beforehand.
+    const std::string patientData = patient.selectSingleNode("//PatientData").xml();
+    const std::string currentProduct = patient.selectSingleNode("//Product[ID = \"S2_1\"]").xml();
+    const std::string otherProduct = patient.selectSingleNode("//Product[ID = \"S3_1\"]").xml();
+
     const auto handover = CreatePrescriptionXML(&patient, "");
     ASSERT_TRUE(handover);
     const auto children = handover->documentElement().childNodes();
@@ -60,12 +74,13 @@ TEST_F(HandoverDocumentTest, a_patient_goes_over_whole_with_only_the_current_pro
     EXPECT_EQ(children[2].nodeName(), "MedicalList");
     EXPECT_EQ(prescriberInfo(*handover).size(), 4u) << "no Pnr in the form for a patient";
     EXPECT_EQ(support::childFields(children[1]).size(), 9u);
+    EXPECT_EQ(children[1].xml(), patientData);
     EXPECT_EQ(handover->selectSingleNode("//PatientData/FamilyName").text(), "Åström");
 
     const auto products = handover->selectNodes("/Patient/MedicalList/Product");
     ASSERT_EQ(products.size(), 2u);
-    EXPECT_EQ(products[0].selectSingleNode("ID").text(), "S2_1");
-    EXPECT_EQ(products[1].selectSingleNode("ID").text(), "S3_1");
+    EXPECT_EQ(products[0].xml(), currentProduct);
+    EXPECT_EQ(products[1].xml(), otherProduct);
     EXPECT_EQ(products[0].selectSingleNode("ExtendedMedicalInfo").text(), "Tas med mat");
     EXPECT_EQ(support::childFields(products[0]).size(), 26u);
     EXPECT_TRUE(handover->selectSingleNode("//History").isNull());
@@ -83,8 +98,11 @@ TEST_F(HandoverDocumentTest, no_medication_gives_an_empty_list_and_no_PatientDat
     ASSERT_TRUE(broken.loadXML("<Patient><MedicalList/></Patient>"));
     EXPECT_FALSE(CreatePrescriptionXML(&broken, ""));
     ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(boxes[0].text.rfind("Kunde inte skapa förskrivningsfil: ", 0), 0u);
+    EXPECT_EQ(boxes[0].text,
+              "Kunde inte skapa förskrivningsfil: " + runtime::description(runtime::ObjectNotSet));
     EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::Stop);
+    EXPECT_EQ(boxes[0].buttons, platform::MsgBoxButtons::OK);
+    EXPECT_EQ(boxes[0].title, "Mirelo");
 }
 
 } // namespace

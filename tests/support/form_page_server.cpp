@@ -1,0 +1,95 @@
+#include "form_page_server.h"
+
+#include <httplib.h>
+#include <stdexcept>
+
+namespace mirelo::testing {
+namespace {
+
+const char *const HandoverPage = R"(<!DOCTYPE html><html><body>
+<form method="post" action="/received"><textarea name="txtXml"></textarea></form>
+<form method="post" action="/wrong-form"><textarea name="txtXml"></textarea></form>
+</body></html>)";
+
+const char *const PageWithoutField = R"(<!DOCTYPE html><html><body>
+<form method="post" action="/received"><input name="txtSearch"></form>
+</body></html>)";
+
+const char *const LoginPage = R"(<!DOCTYPE html><html><body>
+<form method="post" action="/wrong-form"><input name="txtUsername"></form>
+<form name="Login" method="post" action="/received">
+<input name="txtUsername"><input type="password" name="txtPassword"><input name="txtPath">
+<input name="txtVersion"><input name="txtPatientPnr"></form>
+</body></html>)";
+
+const char *const Receipt = "<!DOCTYPE html><html><body><p>Mottaget</p></body></html>";
+
+} // namespace
+
+FormPageServer::FormPageServer() : server_(std::make_unique<httplib::Server>()) {
+    // One request per connection, so that stopping never waits for an idle browser connection.
+    server_->set_keep_alive_max_count(1);
+    const auto page = [](const char *html) {
+        return [html](const httplib::Request &, httplib::Response &response) {
+            response.set_content(html, "text/html; charset=utf-8");
+        };
+    };
+    server_->Get("/handover", page(HandoverPage));
+    server_->Get("/without-field", page(PageWithoutField));
+    server_->Get("/login", page(LoginPage));
+    server_->Post("/received",
+                  [this](const httplib::Request &request, httplib::Response &response) {
+                      Fields fields;
+                      for (const auto &[name, value] : request.params) {
+                          fields[name] = value;
+                      }
+                      {
+                          const std::lock_guard lock(mutex_);
+                          lastPost_ = std::move(fields);
+                          ++posts_;
+                      }
+                      response.set_content(Receipt, "text/html; charset=utf-8");
+                  });
+    server_->Post("/wrong-form", [this](const httplib::Request &, httplib::Response &response) {
+        {
+            const std::lock_guard lock(mutex_);
+            ++wrongFormPosts_;
+        }
+        response.set_content(Receipt, "text/html; charset=utf-8");
+    });
+    port_ = server_->bind_to_any_port("127.0.0.1");
+    if (port_ <= 0) {
+        throw std::runtime_error("no port for the form pages");
+    }
+    thread_ = std::thread([this] { server_->listen_after_bind(); });
+    // A stop before the loop has started would be missed, and the join would wait forever.
+    while (!server_->is_running()) {
+        std::this_thread::yield();
+    }
+}
+
+FormPageServer::~FormPageServer() {
+    server_->stop();
+    thread_.join();
+}
+
+std::string FormPageServer::baseUrl() const {
+    return "http://127.0.0.1:" + std::to_string(port_);
+}
+
+int FormPageServer::postsReceived() const {
+    const std::lock_guard lock(mutex_);
+    return posts_;
+}
+
+FormPageServer::Fields FormPageServer::lastPost() const {
+    const std::lock_guard lock(mutex_);
+    return lastPost_;
+}
+
+int FormPageServer::wrongFormPosts() const {
+    const std::lock_guard lock(mutex_);
+    return wrongFormPosts_;
+}
+
+} // namespace mirelo::testing

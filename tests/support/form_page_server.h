@@ -1,0 +1,47 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace httplib {
+class Server;
+}
+
+namespace mirelo::testing {
+
+// A few fixed pages on 127.0.0.1 and a free port, served from a thread of the test itself,
+// for driving the real browser against pages whose forms the test decides:
+// - /handover: a first form with txtXml posting to /received, and a second one that must
+//   not be used;
+// - /without-field: a first form without txtXml;
+// - /login: a first form that isn't the one, then the form named Login with txtUsername,
+//   txtPassword, txtPath, txtVersion and txtPatientPnr, posting to /received.
+// Every post to /received is kept: the fields of the last one by name, and a count.
+class FormPageServer {
+  public:
+    using Fields = std::map<std::string, std::string>;
+
+    FormPageServer();
+    ~FormPageServer();
+    FormPageServer(const FormPageServer &) = delete;
+    FormPageServer &operator=(const FormPageServer &) = delete;
+
+    std::string baseUrl() const;
+    int postsReceived() const;
+    Fields lastPost() const;
+    int wrongFormPosts() const;
+
+  private:
+    std::unique_ptr<httplib::Server> server_;
+    std::thread thread_;
+    int port_ = 0;
+    mutable std::mutex mutex_;
+    int posts_ = 0;
+    int wrongFormPosts_ = 0;
+    Fields lastPost_;
+};
+
+} // namespace mirelo::testing
