@@ -76,8 +76,7 @@ void answerHandover(const XmlDocument &handover, httplib::Response &response) {
     AnswerPage(response, 200, "Korvalo förskrivning", body);
 }
 
-void receiveHandover(ServiceState &state, const httplib::Request &request,
-                     httplib::Response &response) {
+void receiveHandover(const httplib::Request &request, httplib::Response &response) {
     if (!request.has_param("txtXml")) {
         // The dormant Login form: a number and a user, no document.
         PatientOnPage patient;
@@ -89,11 +88,6 @@ void receiveHandover(ServiceState &state, const httplib::Request &request,
         return;
     }
     const std::string text = request.get_param_value("txtXml");
-    {
-        const std::lock_guard lock(state.handoverMutex);
-        state.lastHandover = text;
-        state.handoverReceived = true;
-    }
     // The browser posts the text as it holds it, decoded, whatever the declaration says.
     XmlDocument handover;
     handover.loadXML(text);
@@ -109,23 +103,11 @@ void receiveHandover(ServiceState &state, const httplib::Request &request,
 
 } // namespace
 
-void AddHandoverRoutes(httplib::Server &server, ServiceState &state) {
+void AddHandoverRoutes(httplib::Server &server) {
     server.Get(HandoverPath, [](const httplib::Request &, httplib::Response &response) {
         AnswerPage(response, 200, "Korvalo", EmptyForms);
     });
-    server.Post(HandoverPath,
-                [&state](const httplib::Request &request, httplib::Response &response) {
-                    receiveHandover(state, request, response);
-                });
-    server.Get("/test/last-handover",
-               [&state](const httplib::Request &, httplib::Response &response) {
-                   const std::lock_guard lock(state.handoverMutex);
-                   if (!state.handoverReceived) {
-                       AnswerError(response, 404, "Inget överlämningsdokument har tagits emot.");
-                       return;
-                   }
-                   response.set_content(state.lastHandover, "text/plain; charset=utf-8");
-               });
+    server.Post(HandoverPath, receiveHandover);
 }
 
 } // namespace korvalo

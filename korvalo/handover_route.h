@@ -10,7 +10,6 @@ namespace korvalo {
 
 // The hand-over page /Public/Mirelo/InitXML.aspx: GET gives the empty forms (txtXml first, then
 // the form named Login); POST shows the patient received with the prescribing form.
-// GET /test/last-handover gives the last txtXml received, as plain text (404 before any).
-void AddHandoverRoutes(httplib::Server &server, ServiceState &state);
+void AddHandoverRoutes(httplib::Server &server);
 
 } // namespace korvalo

@@ -12,12 +12,6 @@ namespace korvalo {
 struct ServiceState {
     Users users;
     std::string inbox;
-
-    // The last hand-over document received, as the browser posted it, so that a test can
-    // compare it with the document the client built.
-    std::mutex handoverMutex;
-    std::string lastHandover;
-    bool handoverReceived = false;
 };
 
 } // namespace korvalo
