@@ -72,10 +72,6 @@ int16_t CInt(const std::string &text) {
     return roundToInteger<int16_t>(requireNumber(text));
 }
 
-int32_t CLng(const std::string &text) {
-    return roundToInteger<int32_t>(requireNumber(text));
-}
-
 double CDbl(const std::string &text) {
     return requireNumber(text);
 }
@@ -93,10 +89,6 @@ bool CBool(const std::string &text) {
         return false;
     }
     return requireNumber(text) != 0.0;
-}
-
-bool IsNumeric(const std::string &text) {
-    return parseNumber(text).has_value();
 }
 
 } // namespace mirelo

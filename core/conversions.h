@@ -8,11 +8,8 @@ namespace mirelo {
 // The numeric reads of flags and counts: blanks around the number are allowed; the empty
 // text and anything that isn't a number fail with a type mismatch (13).
 int16_t CInt(const std::string &text);
-int32_t CLng(const std::string &text);
 double CDbl(const std::string &text);
 // A number is true unless it is 0; "True" and "False" are accepted in any case.
 bool CBool(const std::string &text);
-// Whether the text reads as a number at all.
-bool IsNumeric(const std::string &text);
 
 } // namespace mirelo

@@ -142,10 +142,6 @@ void DeleteFile(const std::string &path, bool force) {
     }
 }
 
-std::string Dir(const std::string &path) {
-    return isRegularFile(path) ? fs::path(path).filename().string() : std::string();
-}
-
 std::string ReadAllBytes(const std::string &path) {
     FileHandle file(std::fopen(path.c_str(), "rb"));
     if (!file) {

@@ -24,8 +24,6 @@ FileEntry GetFile(const std::string &path);
 void MoveFile(const std::string &source, const std::string &destination);
 // Without force a file whose write permission is off is not deleted but fails with 70.
 void DeleteFile(const std::string &path, bool force);
-// The file's name when it exists, else the empty text.
-std::string Dir(const std::string &path);
 
 // Whole files in and out, byte for byte. Writing replaces the content in place.
 std::string ReadAllBytes(const std::string &path);

@@ -269,8 +269,7 @@ XmlDocument::~XmlDocument() {
 
 XmlDocument::XmlDocument(XmlDocument &&other) noexcept
     : doc_(other.doc_), unplaced_(std::move(other.unplaced_)),
-      parseError_(std::move(other.parseError_)), async_(other.async_),
-      validateOnParse_(other.validateOnParse_) {
+      parseError_(std::move(other.parseError_)) {
     other.doc_ = nullptr;
     other.unplaced_.clear();
     claimDocument();
@@ -283,8 +282,6 @@ XmlDocument &XmlDocument::operator=(XmlDocument &&other) noexcept {
         doc_ = other.doc_;
         unplaced_ = std::move(other.unplaced_);
         parseError_ = std::move(other.parseError_);
-        async_ = other.async_;
-        validateOnParse_ = other.validateOnParse_;
         other.doc_ = nullptr;
         other.unplaced_.clear();
         claimDocument();

@@ -69,8 +69,8 @@ class XmlDocument {
 
     // Kept for the shape of every parse; loading is always synchronous and no document
     // carries a DTD, so neither changes what a parse gives.
-    void setAsync(bool value) { async_ = value; }
-    void setValidateOnParse(bool value) { validateOnParse_ = value; }
+    void setAsync(bool) {}
+    void setValidateOnParse(bool) {}
 
     // Parses a file by the encoding its declaration names. A missing file is a parse error.
     bool load(const std::string &path);
@@ -115,8 +115,6 @@ class XmlDocument {
     // Nodes made here and not yet placed in any tree; they are freed with the document.
     std::unordered_set<_xmlNode *> unplaced_;
     ParseError parseError_;
-    bool async_ = true;
-    bool validateOnParse_ = true;
 };
 
 // Builds the declaration every document of ours opens with.

@@ -143,18 +143,20 @@ void frmMain::cmdSearchPat_Click() {
 
 void frmMain::SearchPatient(const std::string &key) {
     std::vector<std::string> lines;
+    // The lines found before a failure stay in the list, as the list was filled line by line.
+    const auto showLines = [&] {
+        for (const std::string &line : lines) {
+            List1->addItem(QString::fromStdString(line));
+        }
+    };
     PatientSearchOutcome outcome;
     try {
         outcome = mirelo::SearchPatient(key, lines);
     } catch (...) {
-        for (const std::string &line : lines) {
-            List1->addItem(QString::fromStdString(line));
-        }
+        showLines();
         throw;
     }
-    for (const std::string &line : lines) {
-        List1->addItem(QString::fromStdString(line));
-    }
+    showLines();
     if (!outcome.openInMedicationView) {
         return;
     }

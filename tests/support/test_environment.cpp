@@ -56,6 +56,18 @@ void writeBytes(const std::string &path, const std::string &bytes) {
     out << bytes;
 }
 
+std::vector<std::string> filesHolding(const std::string &folder, const std::string &text,
+                                      const std::string &leftOut) {
+    std::vector<std::string> holding;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file() && entry.path() != leftOut &&
+            readBytes(entry.path().string()).find(text) != std::string::npos) {
+            holding.push_back(entry.path().string());
+        }
+    }
+    return holding;
+}
+
 std::string scrambleBytes(const std::string &latin1) {
     std::string stored;
     for (const unsigned char c : latin1) {

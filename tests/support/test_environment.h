@@ -39,6 +39,11 @@ class ApplicationTest : public ::testing::Test {
 std::string readBytes(const std::string &path);
 void writeBytes(const std::string &path, const std::string &bytes);
 
+// The files under a folder whose bytes hold the text, all but the one left out: a secret is to
+// be in none of them.
+std::vector<std::string> filesHolding(const std::string &folder, const std::string &text,
+                                      const std::string &leftOut = {});
+
 // Scrambles and unscrambles by the rule itself, independent of the code under test:
 // even codes up by 3, odd codes up by 5. Works on single-byte text.
 std::string scrambleBytes(const std::string &latin1);
