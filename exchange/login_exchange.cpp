@@ -19,14 +19,14 @@ using platform::MsgBox;
 using platform::MsgBoxButtons;
 using platform::MsgBoxIcon;
 
-LoginOutcome attemptLogin(const LoginScreenInput &screen) {
+void attemptLogin(const LoginScreenInput &screen, const OpenMainFrame &openMainFrame) {
     platform::XmlDocument document;
     platform::HttpRequest request;
 
     UpdateSettingsFile(screen.chkSaveUsername, screen.txtUsername);
     if (screen.txtUsername.empty() || screen.txtPassword.empty()) {
         MsgBox("Fyll i Användarnamn samt Lösenord.", MsgBoxButtons::OK, MsgBoxIcon::None);
-        return LoginOutcome::Stay;
+        return;
     }
 
     document = BuildLoginXML(screen.txtUsername, screen.txtPassword);
@@ -44,7 +44,7 @@ LoginOutcome attemptLogin(const LoginScreenInput &screen) {
 
     const std::string signature = document.selectSingleNode("//Signature").text();
     StartSession(screen.txtUsername, screen.txtPassword, signature);
-    return HandleLoginResponse(document);
+    HandleLoginResponse(document, openMainFrame);
 }
 
 } // namespace
@@ -58,15 +58,15 @@ platform::XmlDocument BuildLoginXML(const std::string &username, const std::stri
     return document;
 }
 
-LoginOutcome Login(const LoginScreenInput &screen) {
+void Login(const LoginScreenInput &screen, const OpenMainFrame &openMainFrame) {
     try {
-        return attemptLogin(screen);
+        attemptLogin(screen, openMainFrame);
     } catch (const MireloError &error) {
         if (error.number() == errors::ServerUnreachable) {
             MsgBox("Kunde inte ansluta till Mirelos loginserver. Kontrollera din "
                    "internetförbindelse.",
                    MsgBoxButtons::OK, MsgBoxIcon::Stop);
-            return LoginOutcome::Stay;
+            return;
         }
         MsgBox("Kontakta support och ange följande fel: " + std::to_string(error.number()) + " " +
                    error.description(),
@@ -75,11 +75,10 @@ LoginOutcome Login(const LoginScreenInput &screen) {
     }
 }
 
-LoginOutcome HandleLoginResponse(const platform::XmlDocument &response) {
+void HandleLoginResponse(const platform::XmlDocument &response,
+                         const OpenMainFrame &openMainFrame) {
     std::string collected;
     int16_t count = 0;
-    bool refused = false;
-    bool mainFrameOpened = false;
 
     for (const platform::XmlNode &message : response.selectNodes("//Message")) {
         if (count == std::numeric_limits<int16_t>::max()) {
@@ -88,24 +87,23 @@ LoginOutcome HandleLoginResponse(const platform::XmlDocument &response) {
         ++count;
         const std::string status = message.selectSingleNode("Status").text();
         if (status == "0") {
-            mainFrameOpened = true;
+            openMainFrame();
         } else if (status == "1" || status == "3") {
             collected += message.selectSingleNode("Description").text() + "\r\n";
         } else if (status == "2" || status == "4" || status == "6") {
             MsgBox(message.selectSingleNode("Description").text(), MsgBoxButtons::OK,
                    MsgBoxIcon::Stop);
-            refused = true;
-            break;
+            return;
         }
     }
 
-    if (refused || count == 0) {
-        return mainFrameOpened ? LoginOutcome::OpenMainFrame : LoginOutcome::Stay;
+    if (count == 0) {
+        return;
     }
     if (count > 1) {
         MsgBox(collected, MsgBoxButtons::OK, MsgBoxIcon::None);
     }
-    return LoginOutcome::OpenMainFrame;
+    openMainFrame();
 }
 
 } // namespace mirelo

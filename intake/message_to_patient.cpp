@@ -57,6 +57,11 @@ std::string ImportPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
     const std::string pnr =
         message.selectSingleNode(std::string(SubjectOfCare) + "PatientId/IdValue").text();
+    // A number that would name a path outside the data folder is no number: the message is
+    // set aside as one without a patient, and nothing is written.
+    if (!IsPatientFileName(pnr)) {
+        return {};
+    }
     const std::string patientPath = PatientFilePath(pnr);
     platform::XmlDocument patient = openPatient(patientPath);
 

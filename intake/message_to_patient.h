@@ -10,7 +10,8 @@ namespace mirelo {
 // the file for a new personal number, and gives the personal number of the message. The file
 // is written once, at the end, so any failure leaves it as it was. An empty personal number
 // still writes the nameless file ".xml" and gives the empty text: the caller rejects the
-// message on that result.
+// message on that result. A number that can't name a file in the data folder ("../x", "/x")
+// gives the empty text too, having written nothing.
 std::string ImportPrescriptionFile(const std::string &path);
 
 // Patient with PatientData and its nine empty fields; no MedicalList yet.

@@ -3,12 +3,16 @@
 #include "core/mirelo_error.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -45,10 +49,88 @@ std::string lowerCase(std::string text) {
     return text;
 }
 
+// Beyond this many letters in a name, a look-up regardless of case walks the folder.
+constexpr size_t MaxSpellingLetters = 8;
+
 struct FileCloser {
     void operator()(FILE *file) const { std::fclose(file); }
 };
 using FileHandle = std::unique_ptr<FILE, FileCloser>;
+
+// A temporary file in the folder of the file it is to replace; removed again unless it took
+// that file's place. Its name begins with a dot and ends in no ".xml", so neither the search
+// nor the inbox ever sees it.
+class PendingFile {
+  public:
+    explicit PendingFile(const fs::path &target) {
+        for (int attempt = 0; descriptor_ < 0; ++attempt) {
+            path_ = (target.parent_path() /
+                     ("." + target.filename().string() + "." + std::to_string(::getpid()) + "-" +
+                      std::to_string(attempt) + ".tmp"))
+                        .string();
+            descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+            if (descriptor_ < 0 && errno != EEXIST) {
+                raiseFor(errno);
+            }
+        }
+    }
+    PendingFile(const PendingFile &) = delete;
+    PendingFile &operator=(const PendingFile &) = delete;
+    ~PendingFile() {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+        if (!path_.empty()) {
+            ::unlink(path_.c_str());
+        }
+    }
+
+    int descriptor() const { return descriptor_; }
+
+    void write(const std::string &bytes) {
+        size_t written = 0;
+        while (written < bytes.size()) {
+            const ssize_t step =
+                ::write(descriptor_, bytes.data() + written, bytes.size() - written);
+            if (step < 0 && errno == EINTR) {
+                continue;
+            }
+            if (step <= 0) {
+                raiseFor(step < 0 ? errno : ENOSPC);
+            }
+            written += static_cast<size_t>(step);
+        }
+        if (::fsync(descriptor_) != 0) {
+            raiseFor(errno);
+        }
+    }
+
+    void replace(const std::string &target) {
+        const int closed = ::close(descriptor_);
+        descriptor_ = -1;
+        if (closed != 0) {
+            raiseFor(errno);
+        }
+        if (std::rename(path_.c_str(), target.c_str()) != 0) {
+            raiseFor(errno);
+        }
+        path_.clear();
+        syncFolder(fs::path(target).parent_path());
+    }
+
+  private:
+    // The rename itself is made durable by flushing the folder that holds both names.
+    static void syncFolder(const fs::path &folder) {
+        const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (descriptor >= 0) {
+            ::fsync(descriptor);
+            ::close(descriptor);
+        }
+    }
+
+    std::string path_;
+    int descriptor_ = -1;
+};
 
 } // namespace
 
@@ -97,22 +179,53 @@ std::vector<FileEntry> GetFolderFiles(const std::string &path) {
     return files;
 }
 
-FileEntry GetFile(const std::string &path) {
-    const fs::path wanted(path);
+std::optional<std::string> FindFileIgnoringCase(const std::string &path) {
     if (isRegularFile(path)) {
-        return {wanted.filename().string(), path};
+        return path;
     }
-    const fs::path folder = wanted.parent_path();
-    const std::string wantedName = lowerCase(wanted.filename().string());
+    const fs::path wanted(path);
+    const std::string name = wanted.filename().string();
+    std::vector<size_t> letters;
+    for (size_t i = 0; i < name.size(); ++i) {
+        if (std::isalpha(static_cast<unsigned char>(name[i]))) {
+            letters.push_back(i);
+        }
+    }
+    // A patient's number and ".xml" have few letters: trying each spelling of them costs a few
+    // look-ups, where a walk of a practice's folder costs one per patient.
+    if (letters.size() <= MaxSpellingLetters) {
+        for (unsigned spelling = 0; spelling < (1u << letters.size()); ++spelling) {
+            std::string candidate = name;
+            for (size_t bit = 0; bit < letters.size(); ++bit) {
+                char &letter = candidate[letters[bit]];
+                letter = static_cast<char>((spelling >> bit) & 1u ? std::toupper(letter)
+                                                                  : std::tolower(letter));
+            }
+            const std::string candidatePath = (wanted.parent_path() / candidate).string();
+            if (isRegularFile(candidatePath)) {
+                return candidatePath;
+            }
+        }
+        return std::nullopt;
+    }
+    const std::string wantedName = lowerCase(name);
     std::error_code error;
-    for (const fs::directory_entry &entry : fs::directory_iterator(folder, error)) {
+    for (const fs::directory_entry &entry : fs::directory_iterator(wanted.parent_path(), error)) {
         std::error_code ignored;
         if (entry.is_regular_file(ignored) &&
             lowerCase(entry.path().filename().string()) == wantedName) {
-            return {entry.path().filename().string(), entry.path().string()};
+            return entry.path().string();
         }
     }
-    runtime::raise(runtime::FileNotFound);
+    return std::nullopt;
+}
+
+FileEntry GetFile(const std::string &path) {
+    const std::optional<std::string> found = FindFileIgnoringCase(path);
+    if (!found) {
+        runtime::raise(runtime::FileNotFound);
+    }
+    return {fs::path(*found).filename().string(), *found};
 }
 
 void MoveFile(const std::string &source, const std::string &destination) {
@@ -160,23 +273,23 @@ std::string ReadAllBytes(const std::string &path) {
 }
 
 void WriteAllBytes(const std::string &path, const std::string &bytes) {
-    if (!FolderExists(fs::path(path).parent_path().string())) {
+    const fs::path target(path);
+    if (!FolderExists(target.parent_path().string())) {
         runtime::raise(runtime::PathNotFound);
     }
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0 &&
-        (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
+    const bool replacing = ::stat(path.c_str(), &status) == 0;
+    if (replacing && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
         runtime::raise(runtime::PermissionDenied);
     }
-    FileHandle file(std::fopen(path.c_str(), "wb"));
-    if (!file) {
+    // The new content goes to a file of its own beside the old one and replaces it only once
+    // it is whole on disk: a full disk or a cut write leaves the patient's file as it was.
+    PendingFile pending(target);
+    if (replacing && ::fchmod(pending.descriptor(), status.st_mode & 07777) != 0) {
         raiseFor(errno);
     }
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    const bool flushed = std::fflush(file.get()) == 0;
-    if (!written || !flushed) {
-        raiseFor(errno);
-    }
+    pending.write(bytes);
+    pending.replace(path);
 }
 
 } // namespace mirelo::platform

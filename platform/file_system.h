@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,15 +18,18 @@ bool FolderExists(const std::string &path);
 void CreateFolder(const std::string &path);
 // The files of one folder, not of its subfolders, sorted by name.
 std::vector<FileEntry> GetFolderFiles(const std::string &path);
-// The file at the path, or, when that exact name is absent, the one whose name matches it
-// regardless of case. Fails with 53 when there is none.
+// The path itself when the file is there, else the path of the file whose name matches its
+// name regardless of case; nothing when there is neither.
+std::optional<std::string> FindFileIgnoringCase(const std::string &path);
+// The file found as above. Fails with 53 when there is none.
 FileEntry GetFile(const std::string &path);
 // Fails with 58 if the destination exists.
 void MoveFile(const std::string &source, const std::string &destination);
 // Without force a file whose write permission is off is not deleted but fails with 70.
 void DeleteFile(const std::string &path, bool force);
 
-// Whole files in and out, byte for byte. Writing replaces the content in place.
+// Whole files in and out, byte for byte. Writing replaces the file at once and whole: on any
+// failure the old file stays as it was and the numbered error is raised.
 std::string ReadAllBytes(const std::string &path);
 void WriteAllBytes(const std::string &path, const std::string &bytes);
 

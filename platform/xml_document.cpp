@@ -2,7 +2,9 @@
 
 #include "core/mirelo_error.h"
 #include "platform/file_system.h"
+#include "platform/parse_failure_reason.h"
 
+#include <cstring>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
@@ -10,6 +12,7 @@
 #include <libxml/xpath.h>
 #include <memory>
 #include <mutex>
+#include <string_view>
 
 namespace mirelo::platform {
 namespace {
@@ -40,13 +43,6 @@ std::string fromXmlChar(xmlChar *owned) {
     return result;
 }
 
-std::string trimmed(std::string text) {
-    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
-        text.pop_back();
-    }
-    return text;
-}
-
 // The data of a leading "<?xml ...?>" declaration, or nothing. The old DOM kept the
 // declaration as a node of its own, so a document read back and written again keeps it.
 bool leadingDeclaration(const std::string &text, std::string &data) {
@@ -72,24 +68,6 @@ bool leadingDeclaration(const std::string &text, std::string &data) {
     }
     data = text.substr(first, last - first);
     return true;
-}
-
-// Line ends are kept as a parser reads them back, single line feeds, so a value written and
-// read again is the same value.
-std::string normaliseLineEnds(const std::string &value) {
-    std::string result;
-    result.reserve(value.size());
-    for (size_t i = 0; i < value.size(); ++i) {
-        if (value[i] == '\r') {
-            result += '\n';
-            if (i + 1 < value.size() && value[i + 1] == '\n') {
-                ++i;
-            }
-        } else {
-            result += value[i];
-        }
-    }
-    return result;
 }
 
 struct XPathResult {
@@ -123,6 +101,22 @@ xmlNodePtr placeNode(xmlNodePtr target, xmlNodePtr node) {
     return copy;
 }
 
+// Takes every child out of the tree. A handle to a child, from an earlier query or childNodes,
+// must stay usable as the old DOM's references did, so the children live on, detached, until
+// their document goes instead of being freed here.
+void detachChildren(xmlNodePtr parent) {
+    XmlDocument *owner =
+        parent->doc != nullptr ? static_cast<XmlDocument *>(parent->doc->_private) : nullptr;
+    while (xmlNodePtr child = parent->children) {
+        xmlUnlinkNode(child);
+        if (owner != nullptr) {
+            owner->unplaced_.insert(child);
+        } else {
+            xmlFreeNode(child);
+        }
+    }
+}
+
 namespace {
 
 XPathResult evaluate(xmlNodePtr node, const std::string &query) {
@@ -140,6 +134,35 @@ XPathResult evaluate(xmlNodePtr node, const std::string &query) {
     return result;
 }
 
+// Escapes element text as the old serialiser did: the three markup characters only. A carriage
+// return goes out as it stands, so a line break typed as CR LF is stored as CR LF; libxml2's own
+// escaping would write it as a character reference.
+int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, int *inLength) {
+    const unsigned char *const inEnd = in + *inLength;
+    const unsigned char *const inStart = in;
+    unsigned char *const outEnd = out + *outLength;
+    unsigned char *const outStart = out;
+    for (; in < inEnd; ++in) {
+        const std::string_view replacement = *in == '<'   ? "&lt;"
+                                             : *in == '>' ? "&gt;"
+                                             : *in == '&' ? "&amp;"
+                                                          : std::string_view();
+        const size_t size = replacement.empty() ? 1 : replacement.size();
+        if (static_cast<size_t>(outEnd - out) < size) {
+            break;
+        }
+        if (replacement.empty()) {
+            *out = *in;
+        } else {
+            std::memcpy(out, replacement.data(), size);
+        }
+        out += size;
+    }
+    *outLength = static_cast<int>(out - outStart);
+    *inLength = static_cast<int>(in - inStart);
+    return *outLength;
+}
+
 // Writes a node or the whole document in the given encoding, nested elements indented by
 // tabs as the files have always been. Our own declaration node stands first; libxml2 adds none.
 std::string serialise(xmlNodePtr node, const char *encoding) {
@@ -147,6 +170,10 @@ std::string serialise(xmlNodePtr node, const char *encoding) {
     std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
     xmlSaveCtxtPtr save =
         xmlSaveToBuffer(buffer.get(), encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
+    if (save == nullptr) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    xmlSaveSetEscape(save, escapeMarkup);
     if (node->type == XML_DOCUMENT_NODE) {
         xmlSaveDoc(save, reinterpret_cast<xmlDocPtr>(node));
     } else {
@@ -154,6 +181,24 @@ std::string serialise(xmlNodePtr node, const char *encoding) {
     }
     xmlSaveClose(save);
     return reinterpret_cast<const char *>(xmlBufferContent(buffer.get()));
+}
+
+// The encoding the document's own declaration names; a document without one is UTF-8, as XML
+// has it.
+std::string declaredEncoding(xmlDocPtr doc) {
+    const xmlNodePtr first = doc->children;
+    if (first == nullptr || first->type != XML_PI_NODE || !xmlStrEqual(first->name, xc("xml")) ||
+        first->content == nullptr) {
+        return "UTF-8";
+    }
+    const std::string data(reinterpret_cast<const char *>(first->content));
+    const size_t key = data.find("encoding");
+    const size_t open = data.find_first_of("\"'", key);
+    if (key == std::string::npos || open == std::string::npos) {
+        return "UTF-8";
+    }
+    const size_t close = data.find(data[open], open + 1);
+    return data.substr(open + 1, close == std::string::npos ? close : close - open - 1);
 }
 
 } // namespace
@@ -186,11 +231,15 @@ void XmlNode::setText(const std::string &value) const {
     if (node_ == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
     }
-    xmlNodeSetContent(node_, nullptr);
-    const std::string normalised = normaliseLineEnds(value);
-    if (!normalised.empty()) {
-        // A text node holds its content raw; escaping happens when the document is written.
-        xmlAddChild(node_, xmlNewDocText(node_->doc, xc(normalised)));
+    if (node_->type != XML_ELEMENT_NODE) {
+        xmlNodeSetContent(node_, xc(value));
+        return;
+    }
+    detachChildren(node_);
+    if (!value.empty()) {
+        // A text node holds its content raw, line ends and all; escaping happens when the
+        // document is written.
+        xmlAddChild(node_, xmlNewDocText(node_->doc, xc(value)));
     }
 }
 
@@ -333,16 +382,19 @@ bool XmlDocument::parse(const std::string &bytes, bool decoded) {
     xmlDocPtr parsed =
         xmlCtxtReadMemory(context.get(), bytes.data(), static_cast<int>(bytes.size()), nullptr,
                           decoded ? "UTF-8" : nullptr, options);
+    // A prefix that no namespace declaration binds leaves a tree behind, but the document is
+    // as broken as any other that doesn't parse.
+    if (parsed != nullptr && !context->nsWellFormed) {
+        xmlFreeDoc(parsed);
+        parsed = nullptr;
+    }
     if (parsed == nullptr) {
         const xmlError *error = xmlCtxtGetLastError(context.get());
-        ParseError failure;
-        failure.errorCode = error && error->code != 0 ? error->code : XML_ERR_DOCUMENT_EMPTY;
-        failure.reason = error && error->message ? trimmed(error->message) : "Dokumentet är tomt.";
-        if (error && error->line > 0) {
-            failure.reason += " (rad " + std::to_string(error->line) + ", kolumn " +
-                              std::to_string(error->int2) + ")";
+        if (error != nullptr && error->code != 0) {
+            parseError_ = {error->code, ParseFailureReason(*error)};
+        } else {
+            parseError_ = {XML_ERR_DOCUMENT_EMPTY, "Dokumentet är tomt."};
         }
-        parseError_ = failure;
         return false;
     }
     adopt(parsed, bytes);
@@ -362,7 +414,8 @@ void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
 }
 
 void XmlDocument::save(const std::string &path) const {
-    WriteAllBytes(path, serialise(reinterpret_cast<xmlNodePtr>(doc_), "ISO-8859-1"));
+    WriteAllBytes(path,
+                  serialise(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str()));
 }
 
 XmlNode XmlDocument::createProcessingInstruction(const std::string &target,

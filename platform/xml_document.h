@@ -79,7 +79,7 @@ class XmlDocument {
     bool loadXML(const std::string &text);
     const ParseError &parseError() const { return parseError_; }
 
-    // Writes the document encoded as its declaration says, ISO-8859-1, replacing the file.
+    // Writes the document encoded as its declaration says (UTF-8 without one), replacing the file.
     void save(const std::string &path) const;
 
     XmlNode createProcessingInstruction(const std::string &target, const std::string &data);
@@ -110,9 +110,11 @@ class XmlDocument {
     void freeUnlinked();
     void claimDocument();
     friend _xmlNode *placeNode(_xmlNode *target, _xmlNode *node);
+    friend void detachChildren(_xmlNode *parent);
 
     _xmlDoc *doc_ = nullptr;
-    // Nodes made here and not yet placed in any tree; they are freed with the document.
+    // Nodes made here and not yet placed in any tree, or taken out of it; they are freed with
+    // the document.
     std::unordered_set<_xmlNode *> unplaced_;
     ParseError parseError_;
 };

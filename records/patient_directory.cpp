@@ -51,6 +51,9 @@ std::optional<std::string> fileToOpenDirectly(const std::string &key) {
     if (!platform::FolderExists(session().gDataPath)) {
         runtime::raise(runtime::PathNotFound);
     }
+    if (!IsPatientFileName(key)) {
+        return std::nullopt;
+    }
     try {
         if (endsInXml(platform::GetFile(PatientFilePath(key)).Name)) {
             return key;

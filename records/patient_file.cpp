@@ -4,6 +4,7 @@
 #include "core/mirelo_error.h"
 #include "core/text_file.h"
 #include "core/text_scrambling.h"
+#include "platform/file_system.h"
 
 #include <algorithm>
 
@@ -25,7 +26,16 @@ platform::XmlDocument parsePatientText(const std::string &text) {
 } // namespace
 
 std::string PatientFilePath(const std::string &pnr) {
-    return session().gDataPath + pnr + ".xml";
+    const std::string exact = session().gDataPath + pnr + ".xml";
+    return platform::FindFileIgnoringCase(exact).value_or(exact);
+}
+
+bool IsPatientFileName(const std::string &pnr) {
+    const bool controlCharacter = std::any_of(pnr.begin(), pnr.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    });
+    return !controlCharacter && pnr.find_first_of("/\\") == std::string::npos &&
+           pnr.find("..") == std::string::npos;
 }
 
 std::string ReadPatientText(const std::string &path) {

@@ -6,8 +6,14 @@
 
 namespace mirelo {
 
-// The file of a patient: gDataPath + personal number + ".xml", the number as it stands.
+// The file of a patient: gDataPath + personal number + ".xml", the number as it stands. The
+// name is the patient's only key, so a file stored under another case of the same name (as
+// "191212121212.XML") is the patient's file for every reader and writer alike.
 std::string PatientFilePath(const std::string &pnr);
+
+// Whether a personal number can name a file in the data folder: no path separator, no "..",
+// no control character. A number that can't is never looked up or written.
+bool IsPatientFileName(const std::string &pnr);
 
 // Read, unscramble and drop every tab, the tabs the serialiser put in front of nested elements
 // and any inside values too, so that they don't pile up with each reading and writing.

@@ -122,14 +122,14 @@ void frmSplash::applyTabIndices(int passwordIndex, int usernameIndex) {
     (passwordIndex < usernameIndex ? txtPassword : txtUsername)->setFocus(Qt::OtherFocusReason);
 }
 
+// Nothing of this screen is touched after the call: the frame may have taken its place.
 void frmSplash::Login() {
-    const LoginOutcome outcome =
-        mirelo::Login({txtUsername->text().toStdString(), txtPassword->text().toStdString(),
-                       chkSaveUsername->isChecked()});
-    if (outcome == LoginOutcome::OpenMainFrame) {
-        Unload<frmSplash>();
-        Screen<mainApp>().show();
-    }
+    mirelo::Login({txtUsername->text().toStdString(), txtPassword->text().toStdString(),
+                   chkSaveUsername->isChecked()},
+                  [] {
+                      Unload<frmSplash>();
+                      Screen<mainApp>().show();
+                  });
 }
 
 void frmSplash::Command1_Click() {

@@ -1,8 +1,19 @@
 #!/usr/bin/env bash
 # Builds Mirelo and runs every test. Used by the README's test command and by CI.
+# With --sanitize the build and the run use AddressSanitizer and UndefinedBehaviorSanitizer,
+# in a build folder of their own.
 set -euo pipefail
 here="$(cd "$(dirname "$0")/.." && pwd)"
+build="$here/build"
+options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo)
+if [ "${1:-}" = "--sanitize" ]; then
+  build="$here/build-sanitize"
+  options+=(-DMIRELO_SANITIZE=ON)
+  # Qt and the browser keep some memory until the process ends; only errors count here.
+  export ASAN_OPTIONS="detect_leaks=0:abort_on_error=1"
+  export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+fi
 bash "$here/scripts/install-deps.sh"
-cmake -S "$here" -B "$here/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$here/build" -j"$(nproc)"
-ctest --test-dir "$here/build" --output-on-failure --no-tests=error -j"$(nproc)"
+cmake -S "$here" -B "$build" "${options[@]}" >/dev/null
+cmake --build "$build" -j"$(nproc)"
+ctest --test-dir "$build" --output-on-failure --no-tests=error -j"$(nproc)"

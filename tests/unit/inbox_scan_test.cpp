@@ -281,6 +281,21 @@ TEST_F(InboxScanTest, ReadFolder_empty_personal_number_moves_message_to_Error) {
     EXPECT_FALSE(ReadFolder());
 }
 
+TEST_F(InboxScanTest, a_personal_number_that_names_a_path_is_set_aside_and_writes_nothing) {
+    const std::vector<std::string> numbers = {"../../escaped", "/tmp/escaped", "a/b", "..",
+                                              "19\t12",        "19\\12"};
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        drop("m" + std::to_string(i) + ".xml", messageFor(numbers[i]));
+    }
+    EXPECT_FALSE(ReadFolder());
+    EXPECT_EQ(filesIn(path("Error")).size(), numbers.size());
+    EXPECT_TRUE(filesIn(path("in")).empty());
+    EXPECT_TRUE(filesIn(path("data")).empty());
+    EXPECT_FALSE(std::filesystem::exists(appDir() + "/../escaped.xml"));
+    EXPECT_FALSE(std::filesystem::exists("/tmp/escaped.xml"));
+    EXPECT_TRUE(boxes.empty());
+}
+
 TEST_F(InboxScanTest, without_an_inbox_the_scan_shows_why_and_ends_the_process) {
     std::filesystem::remove(path("in"));
     EXPECT_THROW(tick(10), ProcessEnded);

@@ -91,6 +91,35 @@ TEST_F(MessageToPatientTest, a_later_message_overwrites_the_six_fields_and_keeps
     EXPECT_EQ(products[0].selectSingleNode("Checked").text(), "1");
 }
 
+TEST_F(MessageToPatientTest, a_file_named_in_another_case_takes_the_message_line_breaks_and_all) {
+    PrescriptionMessage first;
+    first.items = {MessageItem{}};
+    ImportPrescriptionFile(dropMessage(first));
+    std::filesystem::rename(dataFile("191212121212.xml"), dataFile("191212121212.XML"));
+
+    // The sender writes a line break inside a value as character references.
+    PrescriptionMessage second = first;
+    second.items[0].itemId = "2";
+    second.items[0].dosage = "1 tablett@2 tabletter";
+    std::string text = mirelo::testing::prescriptionMessageText(second);
+    text.replace(text.find('@'), 1, "&#13;&#10;");
+    mirelo::testing::writeBytes(path("in/m.xml"), text);
+    ImportPrescriptionFile(path("in/m.xml"));
+
+    std::vector<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(path("data"))) {
+        names.push_back(entry.path().filename().string());
+    }
+    EXPECT_EQ(names, std::vector<std::string>{"191212121212.XML"});
+    const std::string stored = mirelo::testing::readBytes(dataFile("191212121212.XML"));
+    // CR is stored as 18 and LF as 13.
+    EXPECT_NE(stored.find(mirelo::testing::scrambleBytes("1 tablett\r\n2 tabletter")),
+              std::string::npos);
+    const platform::XmlDocument patient =
+        mirelo::testing::readStoredPatient(dataFile("191212121212.XML"));
+    EXPECT_EQ(patient.selectNodes("//Product").size(), 2u);
+}
+
 TEST_F(MessageToPatientTest, an_item_less_message_for_a_new_patient_writes_no_MedicalList) {
     PrescriptionMessage message;
     EXPECT_EQ(ImportPrescriptionFile(dropMessage(message)), "191212121212");

@@ -35,11 +35,13 @@ TEST_F(PasswordSecrecyTest, the_password_is_in_no_file_and_in_nothing_printed) {
 
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
-    EXPECT_EQ(Login({"karin", WrongPassword, true}), LoginOutcome::Stay);
-    EXPECT_EQ(Login({"karin", Password, true}), LoginOutcome::OpenMainFrame);
-    EXPECT_THROW(Login({"trasig", Password, true}), support::ProcessEnded);
+    Login({"karin", WrongPassword, true}, [] { FAIL() << "a wrong password let the user in"; });
+    int opened = 0;
+    Login({"karin", Password, true}, [&] { ++opened; });
+    EXPECT_GT(opened, 0);
+    EXPECT_THROW(Login({"trasig", Password, true}, [] {}), support::ProcessEnded);
     ASSERT_TRUE(korvalo.stop());
-    EXPECT_EQ(Login({"karin", Password, true}), LoginOutcome::Stay);
+    Login({"karin", Password, true}, [] { FAIL() << "the server was to be unreachable"; });
     const std::string printed =
         ::testing::internal::GetCapturedStdout() + ::testing::internal::GetCapturedStderr();
 

@@ -105,15 +105,82 @@ TEST_F(XmlDocumentTest, built_documents_serialise_declaration_first_and_escape_t
     EXPECT_EQ(again.selectSingleNode("//Empty").text(), "");
 }
 
-TEST_F(XmlDocumentTest, save_writes_iso_8859_1_bytes) {
-    XmlDocument document;
-    const auto root = mirelo::StartDocument(document, "Settings");
-    mirelo::AppendField(document, root, "DataPath", "/hem/läkare/");
-    document.save(path("settings.xml"));
-    const std::string bytes = mirelo::testing::readBytes(path("settings.xml"));
+TEST_F(XmlDocumentTest, save_encodes_by_the_documents_own_declaration) {
+    XmlDocument built;
+    const auto root = mirelo::StartDocument(built, "Settings");
+    mirelo::AppendField(built, root, "DataPath", "/hem/läkare/");
+    built.save(path("built.xml"));
+    const std::string bytes = mirelo::testing::readBytes(path("built.xml"));
     EXPECT_EQ(bytes.rfind(Declaration, 0), 0u);
     EXPECT_NE(bytes.find("/hem/l\xE4kare/"), std::string::npos);
     EXPECT_EQ(bytes.find("\xC3\xA4"), std::string::npos) << "no UTF-8 in the file";
+
+    // A hand-edited file that says UTF-8, or nothing, is written back as UTF-8 and reads again.
+    for (const std::string &opening :
+         {std::string(R"(<?xml version="1.0" encoding="UTF-8"?>)"), std::string()}) {
+        mirelo::testing::writeBytes(path("edited.xml"), opening + "<Settings><User/></Settings>");
+        XmlDocument edited;
+        ASSERT_TRUE(edited.load(path("edited.xml")));
+        edited.selectSingleNode("//User").setText("Åsa");
+        edited.save(path("edited.xml"));
+        EXPECT_EQ(mirelo::testing::readBytes(path("edited.xml")),
+                  opening + (opening.empty() ? "" : "\n") +
+                      "<Settings>\n\t<User>\xC3\x85sa</User>\n</Settings>\n");
+        XmlDocument again;
+        ASSERT_TRUE(again.load(path("edited.xml"))) << again.parseError().reason;
+        EXPECT_EQ(again.selectSingleNode("//User").text(), "Åsa");
+    }
+}
+
+TEST_F(XmlDocumentTest, a_carriage_return_is_written_as_it_stands) {
+    XmlDocument document;
+    ASSERT_TRUE(document.loadXML("<r><Dose>1&#13;&#10;2</Dose><Note/></r>"));
+    document.selectSingleNode("//Note").setText("rad 1\r\nrad 2 <&>");
+    const std::string text = document.xml();
+    EXPECT_NE(text.find("<Dose>1\r\n2</Dose>"), std::string::npos) << text;
+    EXPECT_NE(text.find("<Note>rad 1\r\nrad 2 &lt;&amp;&gt;</Note>"), std::string::npos) << text;
+
+    // Read back, a raw line break is a single line feed, as every reader expects.
+    XmlDocument again;
+    ASSERT_TRUE(again.loadXML(text));
+    EXPECT_EQ(again.selectSingleNode("//Note").text(), "rad 1\nrad 2 <&>");
+}
+
+TEST_F(XmlDocumentTest, parse_failures_give_a_swedish_reason_with_line_and_column) {
+    const struct {
+        const char *text;
+        const char *reason;
+    } cases[] = {
+        {"<a><b>text</b>", "Dokumentet tar slut innan elementet a är avslutat. (rad 1, kolumn 15)"},
+        {"<a>\n<b></c></a>", "Sluttaggen c passar inte till starttaggen b. (rad 2, kolumn 8)"},
+        {"<a>\x01</a>", "Otillåtet tecken i dokumentet. (rad 1, kolumn 4)"},
+        {"<a:b/>", "Prefixet a är inte deklarerat. (rad 1, kolumn 5)"},
+        {"<a>&x;</a>", "Entiteten x är inte deklarerad. (rad 1, kolumn 7)"},
+        {"", "Dokumentet är tomt eller börjar inte med ett element. (rad 1, kolumn 1)"},
+    };
+    for (const auto &failure : cases) {
+        XmlDocument document;
+        EXPECT_FALSE(document.loadXML(failure.text)) << failure.text;
+        EXPECT_NE(document.parseError().errorCode, 0) << failure.text;
+        EXPECT_EQ(document.parseError().reason, failure.reason) << failure.text;
+    }
+    mirelo::testing::writeBytes(path("latin1.xml"), R"(<?xml version="1.0" encoding="UTF-8"?><a>)"
+                                                    "\xC5</a>");
+    XmlDocument wrongBytes;
+    EXPECT_FALSE(wrongBytes.load(path("latin1.xml")));
+    EXPECT_EQ(wrongBytes.parseError().reason, "Otillåtet tecken i dokumentet. (rad 1, kolumn 42)");
+}
+
+TEST_F(XmlDocumentTest, a_node_held_from_a_query_outlives_the_text_that_replaced_it) {
+    XmlDocument document;
+    ASSERT_TRUE(document.loadXML("<r><Checked>1<Product><ID>inner</ID></Product></Checked></r>"));
+    const auto products = document.selectNodes("//Product");
+    document.selectSingleNode("//Checked").setText("0");
+    ASSERT_EQ(products.size(), 1u);
+    EXPECT_EQ(products[0].selectSingleNode("ID").text(), "inner");
+    products[0].selectSingleNode("ID").setText("still usable");
+    EXPECT_EQ(document.selectNodes("//Product").size(), 0u);
+    EXPECT_NE(document.xml().find("<Checked>0</Checked>"), std::string::npos);
 }
 
 TEST_F(XmlDocumentTest, insertBefore_with_the_first_child_puts_new_entries_first) {
