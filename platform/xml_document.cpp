@@ -361,8 +361,12 @@ void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
     }
 }
 
+std::string XmlDocument::encodedXml() const {
+    return serialise(reinterpret_cast<xmlNodePtr>(doc_), "ISO-8859-1");
+}
+
 void XmlDocument::save(const std::string &path) const {
-    WriteAllBytes(path, serialise(reinterpret_cast<xmlNodePtr>(doc_), "ISO-8859-1"));
+    WriteAllBytes(path, encodedXml());
 }
 
 XmlNode XmlDocument::createProcessingInstruction(const std::string &target,
