@@ -77,7 +77,9 @@ void answerPatient(ServiceState &state, const User &user, const PatientDetails &
 // A bare number: the physician gives the name and address on the form.
 void answerNumber(ServiceState &state, const User &user, const std::string &pnr,
                   httplib::Response &response) {
-    answerPatient(state, user, PatientDetails{pnr},
+    PatientDetails patient;
+    patient.pnr = pnr;
+    answerPatient(state, user, patient,
                   "<table id=\"patient\">\n" + row("Personnummer", pnr) + "</table>\n", response);
 }
 

@@ -62,8 +62,10 @@ void prescribe(ServiceState &state, const httplib::Request &request, httplib::Re
                     "på nytt.");
         return;
     }
-    Prescription prescription{
-        {request.get_param_value("pnr")}, *prescriber, IssueTimestampNow(), {}};
+    Prescription prescription;
+    prescription.patient.pnr = request.get_param_value("pnr");
+    prescription.prescriber = *prescriber;
+    prescription.issued = IssueTimestampNow();
     for (const PatientField &field : PatientFields) {
         std::string &value = prescription.patient.*field.value;
         value = request.get_param_value(field.name);
