@@ -38,7 +38,8 @@ std::string patientFieldsHtml(const PatientDetails &patient) {
         }
         return html;
     }
-    html += "<table id=\"patientuppgifter\">\n";
+    html += "<p>Patienten kom utan namn: fyll i namn och adress.</p>\n<table "
+            "id=\"patientuppgifter\">\n";
     for (const PatientField &field : PatientFields) {
         html += std::string("<tr><th><label for=\"") + field.name + "\">" + field.label +
                 "</label></th><td><input id=\"" + field.name + "\" name=\"" + field.name +
