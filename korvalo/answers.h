@@ -21,7 +21,8 @@ void AnswerPage(httplib::Response &response, int status, const std::string &titl
 void AnswerError(httplib::Response &response, int status, const std::string &message);
 
 // A document of ours, in the ISO-8859-1 its declaration names, as a client parses it: a
-// signature with "’" or "€" arrives as a character reference, not as a control.
+// character that code lacks, such as "’" or "€", goes as a character reference, not as a
+// byte that the declaration reads as a control.
 void AnswerDocument(httplib::Response &response, const mirelo::platform::XmlDocument &document);
 
 } // namespace korvalo
