@@ -1,7 +1,5 @@
 #include "answers.h"
 
-#include "core/code_page.h"
-
 #include <httplib.h>
 
 namespace korvalo {
@@ -49,7 +47,7 @@ void AnswerError(httplib::Response &response, int status, const std::string &mes
 
 void AnswerDocument(httplib::Response &response, const mirelo::platform::XmlDocument &document) {
     response.status = 200;
-    response.set_content(mirelo::Utf8ToCodePage(document.xml()), "text/xml; charset=ISO-8859-1");
+    response.set_content(document.encodedXml(), "text/xml; charset=ISO-8859-1");
 }
 
 } // namespace korvalo

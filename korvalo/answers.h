@@ -20,7 +20,9 @@ void AnswerPage(httplib::Response &response, int status, const std::string &titl
 // An error page: what went wrong, in words only, escaped.
 void AnswerError(httplib::Response &response, int status, const std::string &message);
 
-// A document of ours, in the ISO-8859-1 its declaration names, as a client parses it.
+// A document of ours, in the ISO-8859-1 its declaration names, as a client parses it: a
+// character that code lacks, such as "’" or "€", goes as a character reference, not as a
+// byte that the declaration reads as a control.
 void AnswerDocument(httplib::Response &response, const mirelo::platform::XmlDocument &document);
 
 } // namespace korvalo

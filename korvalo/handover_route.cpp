@@ -13,9 +13,12 @@ using mirelo::platform::XmlNode;
 
 constexpr const char *HandoverPath = "/Public/Mirelo/InitXML.aspx";
 
+// The client fills txtXml by script and posts it at once: the field is hidden, so the document,
+// password and all, never stands on the screen.
 const std::string EmptyForms = std::string(R"(<form method="post" action=")") + HandoverPath +
                                R"(">
-<p><label>Överlämningsdokument<br><textarea name="txtXml" rows="12" cols="80"></textarea></label></p>
+<input type="hidden" name="txtXml">
+<p>Sidan fylls i av Mirelo.</p>
 <p><input type="submit" value="Skicka"></p>
 </form>
 <form name="Login" method="post" action=")" +
@@ -55,36 +58,69 @@ std::string medicationTable(const XmlDocument &handover) {
     return html + "</table>\n";
 }
 
-void answerHandover(const XmlDocument &handover, httplib::Response &response) {
-    const XmlNode data = handover.selectSingleNode("/Patient/PatientData");
-    PatientOnPage patient{data ? textOf(data, "Pnr")
-                               : textOf(handover.asNode(), "//PrescriberInfo/Pnr"),
-                          textOf(handover.asNode(), "//PatientData/FamilyName"),
-                          textOf(handover.asNode(), "//PatientData/FirstGivenName"),
-                          textOf(handover.asNode(), "//PatientData/StreetName"),
-                          textOf(handover.asNode(), "//PatientData/PostalCode"),
-                          textOf(handover.asNode(), "//PatientData/City"),
-                          textOf(handover.asNode(), "//PrescriberInfo/Username")};
-
-    std::string body =
-        "<h2>Patient</h2>\n<table id=\"patient\">\n" + row("Personnummer", patient.pnr) +
-        row("Namn", patient.givenName + " " + patient.familyName) +
-        row("Adress", patient.streetName + ", " + patient.postalCode + " " + patient.city) +
-        row("Allmän information", textOf(handover.asNode(), "//PatientData/GeneralInfo")) +
-        "</table>\n<h2>Aktuell medicinering</h2>\n" + medicationTable(handover);
-    body += PrescribeFormHtml(patient);
-    AnswerPage(response, 200, "Korvalo förskrivning", body);
+// The service's answer to a user name and password that its users file doesn't pair.
+void refuse(httplib::Response &response) {
+    AnswerPage(response, 403, "Korvalo: inloggningen nekades",
+               std::string("<p id=\"nekad\">") + WrongPairText + "</p>");
 }
 
-void receiveHandover(const httplib::Request &request, httplib::Response &response) {
+// The patient and the prescribing form, for a user who was let in.
+void answerPatient(ServiceState &state, const User &user, const PatientDetails &patient,
+                   const std::string &patientHtml, httplib::Response &response) {
+    const std::string prescriber = PrescriberName(user);
+    AnswerPage(response, 200, "Korvalo förskrivning",
+               "<p id=\"forskrivare\">Förskrivare: " + EscapeHtml(prescriber) +
+                   "</p>\n<h2>Patient</h2>\n" + patientHtml +
+                   PrescribeFormHtml(patient, state.sessions.open(prescriber)));
+}
+
+// A bare number: the physician gives the name and address on the form.
+void answerNumber(ServiceState &state, const User &user, const std::string &pnr,
+                  httplib::Response &response) {
+    PatientDetails patient;
+    patient.pnr = pnr;
+    answerPatient(state, user, patient,
+                  "<table id=\"patient\">\n" + row("Personnummer", pnr) + "</table>\n", response);
+}
+
+void answerHandover(ServiceState &state, const XmlDocument &handover, httplib::Response &response) {
+    const XmlNode prescriberInfo = handover.selectSingleNode("/Patient/PrescriberInfo");
+    const User *user = prescriberInfo ? CheckUser(state.users, textOf(prescriberInfo, "Username"),
+                                                  textOf(prescriberInfo, "Password"))
+                                      : nullptr;
+    if (user == nullptr) {
+        refuse(response);
+        return;
+    }
+    const XmlNode data = handover.selectSingleNode("/Patient/PatientData");
+    if (!data) {
+        answerNumber(state, *user, textOf(prescriberInfo, "Pnr"), response);
+        return;
+    }
+    const PatientDetails patient{
+        textOf(data, "Pnr"),        textOf(data, "FamilyName"), textOf(data, "FirstGivenName"),
+        textOf(data, "StreetName"), textOf(data, "PostalCode"), textOf(data, "City")};
+    answerPatient(
+        state, *user, patient,
+        "<table id=\"patient\">\n" + row("Personnummer", patient.pnr) +
+            row("Namn", patient.givenName + " " + patient.familyName) +
+            row("Adress", patient.streetName + ", " + patient.postalCode + " " + patient.city) +
+            row("Allmän information", textOf(data, "GeneralInfo")) +
+            "</table>\n<h2>Aktuell medicinering</h2>\n" + medicationTable(handover),
+        response);
+}
+
+void receiveHandover(ServiceState &state, const httplib::Request &request,
+                     httplib::Response &response) {
     if (!request.has_param("txtXml")) {
-        // The dormant Login form: a number and a user, no document.
-        PatientOnPage patient;
-        patient.pnr = request.get_param_value("txtPatientPnr");
-        patient.username = request.get_param_value("txtUsername");
-        AnswerPage(response, 200, "Korvalo förskrivning",
-                   "<h2>Patient</h2>\n<table id=\"patient\">\n" + row("Personnummer", patient.pnr) +
-                       "</table>\n" + PrescribeFormHtml(patient));
+        // The dormant Login form: a user, a password and a number, no document.
+        const User *user = CheckUser(state.users, request.get_param_value("txtUsername"),
+                                     request.get_param_value("txtPassword"));
+        if (user == nullptr) {
+            refuse(response);
+            return;
+        }
+        answerNumber(state, *user, request.get_param_value("txtPatientPnr"), response);
         return;
     }
     const std::string text = request.get_param_value("txtXml");
@@ -98,16 +134,19 @@ void receiveHandover(const httplib::Request &request, httplib::Response &respons
                                                               : "roten Patient saknas."));
         return;
     }
-    answerHandover(handover, response);
+    answerHandover(state, handover, response);
 }
 
 } // namespace
 
-void AddHandoverRoutes(httplib::Server &server) {
+void AddHandoverRoutes(httplib::Server &server, ServiceState &state) {
     server.Get(HandoverPath, [](const httplib::Request &, httplib::Response &response) {
         AnswerPage(response, 200, "Korvalo", EmptyForms);
     });
-    server.Post(HandoverPath, receiveHandover);
+    server.Post(HandoverPath,
+                [&state](const httplib::Request &request, httplib::Response &response) {
+                    receiveHandover(state, request, response);
+                });
 }
 
 } // namespace korvalo

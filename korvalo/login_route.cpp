@@ -13,11 +13,7 @@ using mirelo::platform::XmlNode;
 
 const User &refusal() {
     static const User refused{
-        "",
-        "",
-        std::string(),
-        {{{"Status", "2"}, {"Description", "Felaktigt användarnamn eller lösenord."}}},
-        false};
+        "", "", std::string(), {{{"Status", "2"}, {"Description", WrongPairText}}}, false};
     return refused;
 }
 
@@ -32,8 +28,8 @@ void answerLogin(const Users &users, const httplib::Request &request, httplib::R
         return;
     }
 
-    const User *found = FindUser(users, username.text());
-    const User &user = found != nullptr && found->password == password.text() ? *found : refusal();
+    const User *found = CheckUser(users, username.text(), password.text());
+    const User &user = found != nullptr ? *found : refusal();
     if (user.serverError) {
         AnswerError(response, 500, "Ett internt fel uppstod i Korvalo.");
         return;

@@ -49,7 +49,7 @@ int serve(const korvalo::Options &options) {
     server.set_logger(logRequest);
     korvalo::AddLoginRoute(server, state.users);
     korvalo::AddVnrRoute(server, options.vnrFails);
-    korvalo::AddHandoverRoutes(server);
+    korvalo::AddHandoverRoutes(server, state);
     korvalo::AddPrescribeRoute(server, state);
 
     const int port = bindLoopback(server, options.port);

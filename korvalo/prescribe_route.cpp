@@ -13,12 +13,40 @@ std::string hidden(const char *name, const std::string &value) {
            EscapeHtml(value) + "\">\n";
 }
 
-std::string prescriberOf(const ServiceState &state, const std::string &username) {
-    const User *user = FindUser(state.users, username);
-    if (user != nullptr && user->signature && !user->signature->empty()) {
-        return *user->signature;
+struct PatientField {
+    const char *name;
+    const char *label;
+    std::string PatientDetails::*value;
+    bool required;
+};
+
+// The patient's fields that a message carries besides the number, in the order they are asked.
+constexpr PatientField PatientFields[] = {
+    {"familyName", "Efternamn", &PatientDetails::familyName, true},
+    {"givenName", "Förnamn", &PatientDetails::givenName, true},
+    {"streetName", "Gatuadress", &PatientDetails::streetName, false},
+    {"postalCode", "Postnummer", &PatientDetails::postalCode, false},
+    {"city", "Ort", &PatientDetails::city, false}};
+
+// A patient handed over with a name goes on as it came; for a bare number the physician types
+// the name and address, so that the message gives the new patient file a name.
+std::string patientFieldsHtml(const PatientDetails &patient) {
+    std::string html = hidden("pnr", patient.pnr);
+    if (!patient.familyName.empty() || !patient.givenName.empty()) {
+        for (const PatientField &field : PatientFields) {
+            html += hidden(field.name, patient.*field.value);
+        }
+        return html;
     }
-    return username.empty() ? "Okänd förskrivare" : username;
+    html += "<p>Patienten kom utan namn: fyll i namn och adress.</p>\n<table "
+            "id=\"patientuppgifter\">\n";
+    for (const PatientField &field : PatientFields) {
+        html += std::string("<tr><th><label for=\"") + field.name + "\">" + field.label +
+                "</label></th><td><input id=\"" + field.name + "\" name=\"" + field.name +
+                "\" value=\"" + EscapeHtml(patient.*field.value) + "\"" +
+                (field.required ? " required" : "") + "></td></tr>\n";
+    }
+    return html + "</table>\n";
 }
 
 void prescribe(ServiceState &state, const httplib::Request &request, httplib::Response &response) {
@@ -27,13 +55,26 @@ void prescribe(ServiceState &state, const httplib::Request &request, httplib::Re
                     "Korvalo startades utan inkorg (--inbox): inget kan förskrivas.");
         return;
     }
-    Prescription prescription{
-        {request.get_param_value("pnr"), request.get_param_value("familyName"),
-         request.get_param_value("givenName"), request.get_param_value("streetName"),
-         request.get_param_value("postalCode"), request.get_param_value("city")},
-        prescriberOf(state, request.get_param_value("username")),
-        IssueTimestampNow(),
-        {}};
+    const std::optional<std::string> prescriber =
+        state.sessions.prescriberOf(request.get_param_value("session"));
+    if (!prescriber) {
+        AnswerError(response, 403,
+                    "Förskrivningen hör inte till någon inloggning. Skicka patienten från Mirelo "
+                    "på nytt.");
+        return;
+    }
+    Prescription prescription;
+    prescription.patient.pnr = request.get_param_value("pnr");
+    prescription.prescriber = *prescriber;
+    prescription.issued = IssueTimestampNow();
+    for (const PatientField &field : PatientFields) {
+        std::string &value = prescription.patient.*field.value;
+        value = request.get_param_value(field.name);
+        if (field.required && value.empty()) {
+            AnswerError(response, 400, "Fyll i patientens efternamn och förnamn.");
+            return;
+        }
+    }
     std::string receipt;
     for (std::size_t i = 0; i < request.get_param_value_count("vnr"); ++i) {
         const std::string vnr = request.get_param_value("vnr", i);
@@ -69,17 +110,14 @@ void prescribe(ServiceState &state, const httplib::Request &request, httplib::Re
 
 } // namespace
 
-std::string PrescribeFormHtml(const PatientOnPage &patient) {
-    std::string html =
-        std::string("<h2>Förskriv</h2>\n<form name=\"Prescribe\" method=\"post\" "
-                    "action=\"") +
-        PrescribePath + "\">\n" + hidden("pnr", patient.pnr) +
-        hidden("familyName", patient.familyName) + hidden("givenName", patient.givenName) +
-        hidden("streetName", patient.streetName) + hidden("postalCode", patient.postalCode) +
-        hidden("city", patient.city) + hidden("username", patient.username) +
-        "<table id=\"katalog\">\n<tr><th></th><th>Varunr</th><th>RegNr</th>"
-        "<th>Namn</th><th>Företag</th><th>Form</th><th>Styrka</th><th>ATC</th>"
-        "<th>Förpackning</th><th>Dosering</th><th>Antal</th></tr>\n";
+std::string PrescribeFormHtml(const PatientDetails &patient, const std::string &sessionKey) {
+    std::string html = std::string("<h2>Förskriv</h2>\n<form name=\"Prescribe\" method=\"post\" "
+                                   "action=\"") +
+                       PrescribePath + "\">\n" + hidden("session", sessionKey) +
+                       patientFieldsHtml(patient) +
+                       "<table id=\"katalog\">\n<tr><th></th><th>Varunr</th><th>RegNr</th>"
+                       "<th>Namn</th><th>Företag</th><th>Form</th><th>Styrka</th><th>ATC</th>"
+                       "<th>Förpackning</th><th>Dosering</th><th>Antal</th></tr>\n";
     for (const CatalogueProduct &product : Catalogue()) {
         html += "<tr><td><input type=\"checkbox\" name=\"vnr\" value=\"" + EscapeHtml(product.vnr) +
                 "\"></td>";

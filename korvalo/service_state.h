@@ -1,8 +1,8 @@
 #pragma once
 
+#include "sessions.h"
 #include "users.h"
 
-#include <mutex>
 #include <string>
 
 namespace korvalo {
@@ -12,6 +12,7 @@ namespace korvalo {
 struct ServiceState {
     Users users;
     std::string inbox;
+    Sessions sessions;
 };
 
 } // namespace korvalo

@@ -79,13 +79,18 @@ Users DemoUsers() {
     return readUsers(document);
 }
 
-const User *FindUser(const Users &users, const std::string &username) {
+const User *CheckUser(const Users &users, const std::string &username,
+                      const std::string &password) {
     for (const User &user : users) {
         if (user.username == username) {
-            return &user;
+            return user.password == password ? &user : nullptr;
         }
     }
     return nullptr;
+}
+
+std::string PrescriberName(const User &user) {
+    return user.signature && !user.signature->empty() ? *user.signature : user.username;
 }
 
 } // namespace korvalo

@@ -41,6 +41,14 @@ Users LoadUsers(const std::string &path);
 // The user that is there out of the box: demo / demo123.
 Users DemoUsers();
 
-const User *FindUser(const Users &users, const std::string &username);
+// The user with this name and this password, or null: a wrong pair is refused alike
+// whichever half of it is wrong.
+const User *CheckUser(const Users &users, const std::string &username, const std::string &password);
+
+// What the service answers a wrong pair with, at the login and on the hand-over page.
+inline constexpr const char *WrongPairText = "Felaktigt användarnamn eller lösenord.";
+
+// The name a user prescribes under: the signature, or the user name when there is none.
+std::string PrescriberName(const User &user);
 
 } // namespace korvalo

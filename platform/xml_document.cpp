@@ -413,9 +413,12 @@ void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
     }
 }
 
+std::string XmlDocument::encodedXml() const {
+    return serialise(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str());
+}
+
 void XmlDocument::save(const std::string &path) const {
-    WriteAllBytes(path,
-                  serialise(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str()));
+    WriteAllBytes(path, encodedXml());
 }
 
 XmlNode XmlDocument::createProcessingInstruction(const std::string &target,

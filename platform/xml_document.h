@@ -79,7 +79,10 @@ class XmlDocument {
     bool loadXML(const std::string &text);
     const ParseError &parseError() const { return parseError_; }
 
-    // Writes the document encoded as its declaration says (UTF-8 without one), replacing the file.
+    // The document's bytes encoded as its declaration says (UTF-8 without one): a character
+    // that code lacks stands as a character reference, so every reader gets the same text back.
+    std::string encodedXml() const;
+    // Writes those bytes, replacing the file.
     void save(const std::string &path) const;
 
     XmlNode createProcessingInstruction(const std::string &target, const std::string &data);
