@@ -168,6 +168,7 @@ const QTableWidgetItem *FlexGrid::cellOrNull(int row, int col) const {
 }
 
 void FlexGrid::setRow(int row) {
+    ++programMoves_;
     requireCell(row, col_ < columnCount() ? col_ : 0);
     row_ = row;
     colSel_ = col_;
@@ -175,6 +176,7 @@ void FlexGrid::setRow(int row) {
 }
 
 void FlexGrid::setCol(int col) {
+    ++programMoves_;
     requireCell(row_ < rowCount() ? row_ : 0, col);
     col_ = col;
     colSel_ = col;
@@ -182,6 +184,7 @@ void FlexGrid::setCol(int col) {
 }
 
 void FlexGrid::setColSel(int col) {
+    ++programMoves_;
     requireCell(row_ < rowCount() ? row_ : 0, col);
     colSel_ = col;
     showSelection();
@@ -351,20 +354,17 @@ bool FlexGrid::isSecondPressOfDoubleClick(const QMouseEvent *event) {
 
 void FlexGrid::mousePressEvent(QMouseEvent *event) {
     const QPoint at = event->position().toPoint();
-    const int row = rowAt(at.y());
-    const int col = columnAt(at.x());
-    if (isSecondPressOfDoubleClick(event) || row < 0 || col < 0) {
+    const QModelIndex under = indexAt(at);
+    if (isSecondPressOfDoubleClick(event) || !under.isValid()) {
         return;
     }
+    const int row = under.row();
+    const int col = under.column();
     noteMousePosition(at);
     setFocus(Qt::MouseFocusReason);
-    if (row >= fixedRows_) {
-        if (col < fixedCols_) {
-            // A click in a fixed column marks the clicked row, as the user's own move.
-            moveByUser(row, fixedCols_, columnCount() - 1);
-        } else {
-            moveByUser(row, col, col);
-        }
+    if (row >= fixedRows_ && col < fixedCols_) {
+        // A click in a fixed column marks the clicked row, as the user's own move.
+        moveByUser(row, fixedCols_, columnCount() - 1);
     }
     const int button = event->button() == Qt::LeftButton    ? 1
                        : event->button() == Qt::RightButton ? 2
@@ -373,7 +373,15 @@ void FlexGrid::mousePressEvent(QMouseEvent *event) {
     const int shift = (keys.testFlag(Qt::ShiftModifier) ? 1 : 0) +
                       (keys.testFlag(Qt::ControlModifier) ? 2 : 0) +
                       (keys.testFlag(Qt::AltModifier) ? 4 : 0);
+    const quint64 movesBefore = programMoves_;
     emit MouseDown(button, shift, at.x() * TwipsPerPixel, at.y() * TwipsPerPixel);
+    // In the cells of the list the click's own move comes after MouseDown, and only if the
+    // handler left the current cell alone: a handler that moved it (a tick that rewrote the
+    // list and selected the product where it now stands, or failed half-way) has the last
+    // word, and no selection event runs behind its back.
+    if (row >= fixedRows_ && col >= fixedCols_ && programMoves_ == movesBefore) {
+        moveByUser(row, col, col);
+    }
 }
 
 void FlexGrid::mouseDoubleClickEvent(QMouseEvent *event) {

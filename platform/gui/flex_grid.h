@@ -122,6 +122,8 @@ class FlexGrid : public QTableWidget {
     int col_ = 0;
     int colSel_ = 0;
     int highLight_ = 1;
+    // Counts the moves made by the program, to tell whether a MouseDown handler moved.
+    quint64 programMoves_ = 0;
     int mouseRow_ = 0;
     int mouseCol_ = 0;
     QMap<int, int> colWidths_;

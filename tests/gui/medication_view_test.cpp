@@ -108,6 +108,13 @@ class MedicationViewTest : public support::ApplicationTest {
         QTest::keyClick(screen.txtSearch, Qt::Key_Return);
     }
 
+    // Opens the patient as a whole number in the search box does.
+    static frmShowPatient &openPatient(const QString &pnr) {
+        Screen<mainApp>().show();
+        search(pnr);
+        return Screen<frmShowPatient>();
+    }
+
     std::vector<RecordedHandoff> handoffs;
 };
 
@@ -250,6 +257,33 @@ TEST_F(MedicationViewTest, a_file_deleted_before_selection_is_reported_and_the_s
         boxes.back().text,
         "Det finns inga patienter i listan!\r\nAnvänd \"Sök\"-funktionen eller \"Lista alla\".");
     EXPECT_EQ(boxes.back().icon, platform::MsgBoxIcon::Exclamation);
+}
+
+TEST_F(MedicationViewTest, a_tick_after_the_file_vanished_shows_error_53_whichever_way_it_came) {
+    struct Road {
+        const char *name;
+        int row;
+        bool byKeyboard;
+    };
+    for (const Road road : {Road{"the marked row", 1, false}, Road{"another row", 2, false},
+                            Road{"a row the keyboard chose", 2, true}}) {
+        storePatient("191212121212",
+                     {product("S2_1", "Alvedon", "N02BE01"), product("S1_1", "Ipren", "M01AE01")});
+        frmShowPatient &view = openPatient("191212121212");
+        if (road.byKeyboard) {
+            QTest::keyClick(view.FlexGrid, Qt::Key_Down);
+        }
+        std::filesystem::remove(path("data/191212121212.xml"));
+        boxes.clear();
+        clickCell(view.FlexGrid, road.row, 2);
+        ASSERT_EQ(boxes.size(), 1u) << road.name;
+        EXPECT_EQ(boxes[0].text, "Filen hittades inte") << road.name;
+        EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::Stop) << road.name;
+        EXPECT_TRUE(view.isVisible()) << road.name;
+        EXPECT_EQ(view.FlexGrid->CellPictureAt(road.row, 2), 1) << road.name;
+        view.cmdNyPatient_Click();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 } // namespace
