@@ -5,6 +5,9 @@
 #include <QColor>
 #include <QMap>
 #include <QTableWidget>
+#include <functional>
+
+class QPainter;
 
 namespace mirelo::platform {
 
@@ -90,6 +93,11 @@ class FlexGrid : public QTableWidget {
     // A new last row, its cells taken from the tab-separated text.
     void AddItem(const QString &tabSeparated);
 
+    // The fixed rows and columns stand where they were designed to be, whatever the scrolling.
+    QRect visualRect(const QModelIndex &index) const override;
+    QModelIndex indexAt(const QPoint &at) const override;
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
+
     void setImageList(ImageList images) { images_ = std::move(images); }
     const ImageList &imageList() const { return images_; }
 
@@ -104,6 +112,8 @@ class FlexGrid : public QTableWidget {
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
   private:
     QTableWidgetItem *cell(int row, int col);
@@ -115,6 +125,11 @@ class FlexGrid : public QTableWidget {
     void noteMousePosition(const QPoint &at);
     bool isSecondPressOfDoubleClick(const QMouseEvent *event);
     void fitRowsToFont();
+    int fixedHeight() const;
+    int fixedWidth() const;
+    int rowsPerPage() const;
+    void paintFixedCells(QPainter &painter, const QRect &band,
+                         const std::function<bool(int, int)> &inBand);
 
     int fixedRows_ = 1;
     int fixedCols_ = 1;
