@@ -14,7 +14,9 @@ namespace mirelo::platform {
 // The grid the screens are written against. It keeps the state model they depend on: a
 // current row and column, a selection that runs from the current column to ColSel, fixed rows
 // and columns, pictures from an image list, and the cell under the mouse. SelChange and
-// MouseDown are raised for the user only: moves made by the program raise nothing.
+// MouseDown are raised for the user only: moves made by the program raise nothing. A click in
+// a fixed column marks the clicked row before MouseDown; a click in the list's cells raises
+// MouseDown first and then moves, unless the handler has moved the current cell itself.
 // Widths and heights are in twips, 15 to the pixel, as the screens' layouts are.
 class FlexGrid : public QTableWidget {
     Q_OBJECT
