@@ -19,6 +19,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolButton>
+#include <optional>
 
 namespace mirelo::screens {
 namespace {
@@ -33,16 +34,23 @@ QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int
     return label;
 }
 
-// The panel's value labels grow to their text from their designed width.
-QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top) {
+// The panel's value labels grow to their text from their designed width; where a caption
+// follows on the same line, no further than its left edge.
+QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top,
+                       std::optional<int> nextCaptionLeft = std::nullopt) {
     QLabel *label = makeLabel(parent, name, QString(), left, top, 60, 195);
     label->setMinimumWidth(px(60));
+    if (nextCaptionLeft) {
+        label->setMaximumWidth(px(*nextCaptionLeft - left));
+    }
     return label;
 }
 
+// A text that doesn't fit is cut at the label's edge and shown whole as its tooltip.
 void setGrowingText(QLabel *label, const std::string &text) {
     label->setText(QString::fromStdString(text));
     label->adjustSize();
+    label->setToolTip(label->sizeHint().width() > label->width() ? label->text() : QString());
 }
 
 // The seven pictures of the grid, by their place from 1: tick, empty box, warning, two unused
@@ -90,11 +98,11 @@ frmShowPatient::frmShowPatient() {
     placeTwips(Frame1, 360, 1320, 6975, 1215);
     Frame1->setAutoFillBackground(true);
     Label9 = makeLabel(Frame1, "Label9", QStringLiteral("Insatt av:"), 120, 300, 945, 195, true);
-    Label12 = makeValueLabel(Frame1, "Label12", 1200, 300);
+    Label12 = makeValueLabel(Frame1, "Label12", 1200, 300, 3720);
     Label15 = makeLabel(Frame1, "Label15", QStringLiteral("Tidpunkt:"), 3720, 300, 915, 195, true);
     Label16 = makeValueLabel(Frame1, "Label16", 4750, 300);
     Label10 = makeLabel(Frame1, "Label10", QStringLiteral("Utsatt av:"), 120, 600, 945, 195, true);
-    Label13 = makeValueLabel(Frame1, "Label13", 1200, 600);
+    Label13 = makeValueLabel(Frame1, "Label13", 1200, 600, 3720);
     Label14 = makeLabel(Frame1, "Label14", QStringLiteral("Tidpunkt:"), 3720, 600, 915, 195, true);
     Label17 = makeValueLabel(Frame1, "Label17", 4750, 600);
     Image1 = makeControl<QLabel>(Frame1, "Image1");
@@ -152,6 +160,7 @@ frmShowPatient::frmShowPatient() {
     cmdNyPatient->setShortcut(QKeySequence(Qt::Key_Escape));
     cmdSend = makeButton(this, "cmdSend", QStringLiteral("Ordinera"), 10080, 6855, 1455, 285);
     cmdSend->setDefault(true);
+    pressOnEnter(this, cmdSend);
     Label18 = makeLabel(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770, 1305, 195);
     txtLoggedIn = makeLabel(this, "txtLoggedIn", QString(), 8880, 7770, 2295, 255);
 
@@ -163,6 +172,8 @@ frmShowPatient::frmShowPatient() {
     connect(cmdSend, &QPushButton::clicked, this, &frmShowPatient::cmdSend_Click);
 
     Form_Load();
+    // The list is what the physician works in: it has the focus when the patient opens.
+    FlexGrid->setFocus();
 }
 
 void frmShowPatient::Form_Load() {

@@ -9,7 +9,9 @@
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
+#include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -26,12 +28,14 @@ mainApp::mainApp() {
 
     mdiArea = makeControl<QMdiArea>(this, "mdiArea");
     mdiArea->setBackground(Qt::white);
+    mdiArea->setFrameShape(QFrame::NoFrame);
     setCentralWidget(mdiArea);
 
     Timer1 = makeControl<QTimer>(this, "Timer1");
     connect(Timer1, &QTimer::timeout, this, &mainApp::Timer1_Timer);
 
     buildMenu();
+    qApp->installEventFilter(this);
     MDIForm_Load();
 }
 
@@ -60,8 +64,8 @@ void mainApp::MDIForm_Load() {
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint |
                    Qt::CustomizeWindowHint);
-    const int menuHeight = menuBar()->sizeHint().height();
-    setFixedSize(px(11880), px(8460) + menuHeight);
+    clientArea_ = QSize(px(11880), px(8460));
+    fitClientArea();
     if (const QScreen *display = screen()) {
         move(display->availableGeometry().center() - rect().center());
     }
@@ -72,15 +76,26 @@ void mainApp::MDIForm_Load() {
     Unload<frmSplash>();
 }
 
+void mainApp::fitClientArea() {
+    setFixedSize(clientArea_.width(), clientArea_.height() + menuBar()->sizeHint().height());
+}
+
+// The child screens fill the frame as panels without a border or title bar of their own. They
+// are designed a few pixels wider than the frame's client area, which widens to hold them whole.
 void mainApp::showChild(QWidget *child) {
     QMdiSubWindow *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
     if (frame == nullptr) {
-        frame = mdiArea->addSubWindow(child, Qt::SubWindow | Qt::WindowTitleHint |
-                                                 Qt::WindowMinimizeButtonHint |
-                                                 Qt::WindowCloseButtonHint);
+        // The screen keeps the place it was given before it was first shown.
+        const QPoint place = child->pos();
+        frame = mdiArea->addSubWindow(child, Qt::SubWindow | Qt::FramelessWindowHint);
+        frame->move(place);
         frame->setAttribute(Qt::WA_DeleteOnClose, false);
         // An unloaded screen takes its frame with it.
         connect(child, &QObject::destroyed, frame, &QObject::deleteLater);
+    }
+    if (clientArea_.expandedTo(child->size()) != clientArea_) {
+        clientArea_ = clientArea_.expandedTo(child->size());
+        fitClientArea();
     }
     frame->show();
     child->show();
@@ -98,6 +113,20 @@ void mainApp::hideChild(QWidget *child) {
 void mainApp::placeChild(QWidget *child, int leftTwips, int topTwips) {
     QWidget *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
     (frame ? frame : child)->move(px(leftTwips), px(topTwips));
+}
+
+// Ctrl+A is Avsluta on every screen of the frame, also in a text box, which would otherwise
+// take it for selecting all its text.
+bool mainApp::eventFilter(QObject *watched, QEvent *event) {
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent *>(event)->keyCombination() == QKeyCombination(Qt::CTRL, Qt::Key_A)) {
+        const auto *widget = qobject_cast<QWidget *>(watched);
+        if (widget != nullptr && widget->window() == this) {
+            event->ignore();
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 bool mainApp::MDIForm_QueryUnload() {

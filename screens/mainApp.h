@@ -45,10 +45,13 @@ class mainApp : public QMainWindow {
 
   protected:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
     void buildMenu();
+    void fitClientArea();
 
+    QSize clientArea_;
     InboxTimer inbox_;
 };
 

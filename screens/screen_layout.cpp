@@ -1,5 +1,6 @@
 #include "screens/screen_layout.h"
 
+#include <QAction>
 #include <algorithm>
 #include <vector>
 
@@ -19,6 +20,14 @@ QFont verdana(double pointSize, bool bold) {
     font.setPointSizeF(pointSize);
     font.setBold(bold);
     return font;
+}
+
+void pressOnEnter(QWidget *screen, QAbstractButton *button) {
+    auto *enter = new QAction(screen);
+    enter->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+    enter->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    screen->addAction(enter);
+    QObject::connect(enter, &QAction::triggered, button, &QAbstractButton::click);
 }
 
 void applyTabOrder(std::initializer_list<std::pair<int, QWidget *>> indexed) {

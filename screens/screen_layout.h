@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QFont>
 #include <QString>
 #include <QWidget>
@@ -30,6 +31,10 @@ Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
     control->setObjectName(QString::fromLatin1(name));
     return control;
 }
+
+// Enter anywhere on the screen presses the button, as the default button of a dialog is
+// pressed; the child screens of the frame are no dialogs, so Qt's own default does nothing.
+void pressOnEnter(QWidget *screen, QAbstractButton *button);
 
 // The tab order of a screen, from its controls' tab indices: the chain follows the indices and
 // the first control takes the focus.

@@ -12,6 +12,7 @@
 #include <QStyledItemDelegate>
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace mirelo::platform {
 namespace {
@@ -25,6 +26,7 @@ constexpr int CellAlignmentRole = Qt::UserRole + 2;
 constexpr int TwipsPerPixel = 15;
 
 const QColor FixedAreaColor(224, 224, 224);
+const QColor GridLineColor(192, 192, 192);
 
 int pixels(int twips) {
     return (twips + TwipsPerPixel / 2) / TwipsPerPixel;
@@ -87,6 +89,11 @@ FlexGrid::FlexGrid(QWidget *parent) : QTableWidget(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setWordWrap(false);
     setMouseTracking(true);
+    setTabKeyNavigation(false);
+    // Texts are shown as they stand, cut at the cell's edge; the whole text is the tooltip.
+    setTextElideMode(Qt::ElideNone);
+    // Sideways by the pixel, so the list's columns slide under the fixed ones.
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setStyleSheet(QStringLiteral("QTableWidget { gridline-color: rgb(192, 192, 192); "
                                  "background-color: rgb(224, 224, 224); }"));
     QPalette colours = palette();
@@ -168,6 +175,7 @@ const QTableWidgetItem *FlexGrid::cellOrNull(int row, int col) const {
 }
 
 void FlexGrid::setRow(int row) {
+    ++programMoves_;
     requireCell(row, col_ < columnCount() ? col_ : 0);
     row_ = row;
     colSel_ = col_;
@@ -175,6 +183,7 @@ void FlexGrid::setRow(int row) {
 }
 
 void FlexGrid::setCol(int col) {
+    ++programMoves_;
     requireCell(row_ < rowCount() ? row_ : 0, col);
     col_ = col;
     colSel_ = col;
@@ -182,6 +191,7 @@ void FlexGrid::setCol(int col) {
 }
 
 void FlexGrid::setColSel(int col) {
+    ++programMoves_;
     requireCell(row_ < rowCount() ? row_ : 0, col);
     colSel_ = col;
     showSelection();
@@ -195,16 +205,18 @@ void FlexGrid::setHighLight(int highLight) {
 void FlexGrid::showSelection() {
     const QSignalBlocker quiet(this);
     clearSelection();
-    if (highLight_ != 0 && row_ >= fixedRows_ && row_ < rowCount()) {
+    // The current cell alone is no marking: a fill or a move by the program leaves it where
+    // its last write stood, and that is not to look like a chosen row.
+    if (highLight_ != 0 && col_ != colSel_ && row_ >= fixedRows_ && row_ < rowCount()) {
         setRangeSelected(QTableWidgetSelectionRange(row_, std::min(col_, colSel_), row_,
                                                     std::max(col_, colSel_)),
                          true);
     }
     if (row_ < rowCount() && col_ < columnCount()) {
         // The current row is brought into view; sideways the grid stays where the user left
-        // it, so the fixed icon columns don't scroll away.
+        // it, so the product's name doesn't slide away when the dosage column is made current.
         const int across = horizontalScrollBar()->value();
-        scrollToItem(item(row_, col_));
+        scrollTo(model()->index(row_, col_));
         horizontalScrollBar()->setValue(across);
     }
 }
@@ -222,7 +234,9 @@ QString FlexGrid::TextMatrix(int row, int col) const {
 }
 
 void FlexGrid::setTextMatrix(int row, int col, const QString &text) {
-    cell(row, col)->setText(text);
+    QTableWidgetItem *written = cell(row, col);
+    written->setText(text);
+    written->setToolTip(text);
 }
 
 int FlexGrid::CellPictureAt(int row, int col) const {
@@ -320,11 +334,97 @@ void FlexGrid::AddItem(const QString &tabSeparated) {
 }
 
 void FlexGrid::noteMousePosition(const QPoint &at) {
-    const int row = rowAt(at.y());
-    const int col = columnAt(at.x());
-    if (row >= 0 && col >= 0) {
-        mouseRow_ = row;
-        mouseCol_ = col;
+    const QModelIndex under = indexAt(at);
+    if (under.isValid()) {
+        mouseRow_ = under.row();
+        mouseCol_ = under.column();
+    }
+}
+
+// The fixed rows and columns stand still while the list scrolls under them: the view draws
+// the scrolled cells, and the fixed ones are drawn over them where they were designed to be.
+int FlexGrid::fixedHeight() const {
+    return fixedRows_ >= rowCount() ? verticalHeader()->length()
+                                    : verticalHeader()->sectionPosition(fixedRows_);
+}
+
+int FlexGrid::fixedWidth() const {
+    return fixedCols_ >= columnCount() ? horizontalHeader()->length()
+                                       : horizontalHeader()->sectionPosition(fixedCols_);
+}
+
+QRect FlexGrid::visualRect(const QModelIndex &index) const {
+    QRect rect = QTableWidget::visualRect(index);
+    if (index.isValid() && index.row() < fixedRows_) {
+        rect.moveTop(verticalHeader()->sectionPosition(index.row()));
+    }
+    if (index.isValid() && index.column() < fixedCols_) {
+        rect.moveLeft(horizontalHeader()->sectionPosition(index.column()));
+    }
+    return rect;
+}
+
+QModelIndex FlexGrid::indexAt(const QPoint &at) const {
+    int row = rowAt(at.y());
+    int col = columnAt(at.x());
+    if (at.y() >= 0 && at.y() < fixedHeight()) {
+        row = verticalHeader()->logicalIndexAt(at.y() - verticalHeader()->offset());
+    }
+    if (at.x() >= 0 && at.x() < fixedWidth()) {
+        col = horizontalHeader()->logicalIndexAt(at.x() - horizontalHeader()->offset());
+    }
+    return row >= 0 && col >= 0 ? model()->index(row, col) : QModelIndex();
+}
+
+void FlexGrid::scrollTo(const QModelIndex &index, ScrollHint hint) {
+    QTableWidget::scrollTo(index, hint);
+    // A row of the list is brought out from under the fixed rows.
+    QScrollBar *down = verticalScrollBar();
+    while (index.row() >= fixedRows_ && rowViewportPosition(index.row()) < fixedHeight() &&
+           down->value() > down->minimum()) {
+        down->setValue(down->value() - 1);
+    }
+}
+
+void FlexGrid::scrollContentsBy(int dx, int dy) {
+    QTableWidget::scrollContentsBy(dx, dy);
+    // Scrolling moves the drawn picture, fixed cells and all: draw everything afresh.
+    viewport()->update();
+}
+
+void FlexGrid::paintEvent(QPaintEvent *event) {
+    QTableWidget::paintEvent(event);
+    QPainter painter(viewport());
+    const QRect all = viewport()->rect();
+    const QRect rowBand(fixedWidth(), 0, all.width(), fixedHeight());
+    const QRect colBand(0, fixedHeight(), fixedWidth(), all.height());
+    paintFixedCells(painter, rowBand, [this](int row, int) { return row < fixedRows_; });
+    paintFixedCells(painter, colBand, [this](int, int col) { return col < fixedCols_; });
+    paintFixedCells(painter, all.intersected(QRect(0, 0, fixedWidth(), fixedHeight())),
+                    [this](int row, int col) { return row < fixedRows_ && col < fixedCols_; });
+}
+
+void FlexGrid::paintFixedCells(QPainter &painter, const QRect &band,
+                               const std::function<bool(int, int)> &inBand) {
+    painter.setClipRect(band);
+    for (int row = 0; row < rowCount(); ++row) {
+        for (int col = 0; col < columnCount(); ++col) {
+            if (!inBand(row, col) || isColumnHidden(col) || isRowHidden(row)) {
+                continue;
+            }
+            const QModelIndex index = model()->index(row, col);
+            const QRect rect = visualRect(index);
+            if (!rect.intersects(band)) {
+                continue;
+            }
+            QStyleOptionViewItem option;
+            initViewItemOption(&option);
+            option.rect = rect;
+            itemDelegate()->paint(&painter, option, index);
+            painter.setPen(GridLineColor);
+            painter.drawLine(rect.right() + 1, rect.top(), rect.right() + 1, rect.bottom() + 1);
+            painter.drawLine(rect.left(), rect.bottom() + 1, rect.right() + 1, rect.bottom() + 1);
+        }
     }
 }
 
@@ -351,20 +451,17 @@ bool FlexGrid::isSecondPressOfDoubleClick(const QMouseEvent *event) {
 
 void FlexGrid::mousePressEvent(QMouseEvent *event) {
     const QPoint at = event->position().toPoint();
-    const int row = rowAt(at.y());
-    const int col = columnAt(at.x());
-    if (isSecondPressOfDoubleClick(event) || row < 0 || col < 0) {
+    const QModelIndex under = indexAt(at);
+    if (isSecondPressOfDoubleClick(event) || !under.isValid()) {
         return;
     }
+    const int row = under.row();
+    const int col = under.column();
     noteMousePosition(at);
     setFocus(Qt::MouseFocusReason);
-    if (row >= fixedRows_) {
-        if (col < fixedCols_) {
-            // A click in a fixed column marks the clicked row, as the user's own move.
-            moveByUser(row, fixedCols_, columnCount() - 1);
-        } else {
-            moveByUser(row, col, col);
-        }
+    if (row >= fixedRows_ && col < fixedCols_) {
+        // A click in a fixed column marks the clicked row, as the user's own move.
+        moveByUser(row, fixedCols_, columnCount() - 1);
     }
     const int button = event->button() == Qt::LeftButton    ? 1
                        : event->button() == Qt::RightButton ? 2
@@ -373,7 +470,15 @@ void FlexGrid::mousePressEvent(QMouseEvent *event) {
     const int shift = (keys.testFlag(Qt::ShiftModifier) ? 1 : 0) +
                       (keys.testFlag(Qt::ControlModifier) ? 2 : 0) +
                       (keys.testFlag(Qt::AltModifier) ? 4 : 0);
+    const quint64 movesBefore = programMoves_;
     emit MouseDown(button, shift, at.x() * TwipsPerPixel, at.y() * TwipsPerPixel);
+    // In the cells of the list the click's own move comes after MouseDown, and only if the
+    // handler left the current cell alone: a handler that moved it (a tick that rewrote the
+    // list and selected the product where it now stands, or failed half-way) has the last
+    // word, and no selection event runs behind its back.
+    if (row >= fixedRows_ && col >= fixedCols_ && programMoves_ == movesBefore) {
+        moveByUser(row, col, col);
+    }
 }
 
 void FlexGrid::mouseDoubleClickEvent(QMouseEvent *event) {
@@ -391,6 +496,12 @@ void FlexGrid::moveByUser(int row, int col, int colSel) {
     }
 }
 
+// The rows of the list that show whole below the fixed rows.
+int FlexGrid::rowsPerPage() const {
+    const int height = rowCount() > fixedRows_ ? rowHeight(fixedRows_) : 1;
+    return std::max(1, (viewport()->height() - fixedHeight()) / std::max(1, height));
+}
+
 void FlexGrid::keyPressEvent(QKeyEvent *event) {
     int row = row_;
     int col = col_;
@@ -406,6 +517,18 @@ void FlexGrid::keyPressEvent(QKeyEvent *event) {
         break;
     case Qt::Key_Right:
         col = std::min(columnCount() - 1, col + 1);
+        break;
+    case Qt::Key_PageUp:
+        row = std::max(fixedRows_, row - rowsPerPage());
+        break;
+    case Qt::Key_PageDown:
+        row = std::min(rowCount() - 1, row + rowsPerPage());
+        break;
+    case Qt::Key_Home:
+        row = fixedRows_;
+        break;
+    case Qt::Key_End:
+        row = rowCount() - 1;
         break;
     default:
         QTableWidget::keyPressEvent(event);

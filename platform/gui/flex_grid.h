@@ -5,13 +5,18 @@
 #include <QColor>
 #include <QMap>
 #include <QTableWidget>
+#include <functional>
+
+class QPainter;
 
 namespace mirelo::platform {
 
 // The grid the screens are written against. It keeps the state model they depend on: a
 // current row and column, a selection that runs from the current column to ColSel, fixed rows
 // and columns, pictures from an image list, and the cell under the mouse. SelChange and
-// MouseDown are raised for the user only: moves made by the program raise nothing.
+// MouseDown are raised for the user only: moves made by the program raise nothing. A click in
+// a fixed column marks the clicked row before MouseDown; a click in the list's cells raises
+// MouseDown first and then moves, unless the handler has moved the current cell itself.
 // Widths and heights are in twips, 15 to the pixel, as the screens' layouts are.
 class FlexGrid : public QTableWidget {
     Q_OBJECT
@@ -90,6 +95,11 @@ class FlexGrid : public QTableWidget {
     // A new last row, its cells taken from the tab-separated text.
     void AddItem(const QString &tabSeparated);
 
+    // The fixed rows and columns stand where they were designed to be, whatever the scrolling.
+    QRect visualRect(const QModelIndex &index) const override;
+    QModelIndex indexAt(const QPoint &at) const override;
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
+
     void setImageList(ImageList images) { images_ = std::move(images); }
     const ImageList &imageList() const { return images_; }
 
@@ -104,6 +114,8 @@ class FlexGrid : public QTableWidget {
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
   private:
     QTableWidgetItem *cell(int row, int col);
@@ -115,6 +127,11 @@ class FlexGrid : public QTableWidget {
     void noteMousePosition(const QPoint &at);
     bool isSecondPressOfDoubleClick(const QMouseEvent *event);
     void fitRowsToFont();
+    int fixedHeight() const;
+    int fixedWidth() const;
+    int rowsPerPage() const;
+    void paintFixedCells(QPainter &painter, const QRect &band,
+                         const std::function<bool(int, int)> &inBand);
 
     int fixedRows_ = 1;
     int fixedCols_ = 1;
@@ -122,6 +139,8 @@ class FlexGrid : public QTableWidget {
     int col_ = 0;
     int colSel_ = 0;
     int highLight_ = 1;
+    // Counts the moves made by the program, to tell whether a MouseDown handler moved.
+    quint64 programMoves_ = 0;
     int mouseRow_ = 0;
     int mouseCol_ = 0;
     QMap<int, int> colWidths_;

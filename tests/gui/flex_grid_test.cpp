@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <QTest>
 #include <gtest/gtest.h>
 #include <memory>
@@ -82,8 +83,9 @@ TEST_F(FlexGridTest,
     EXPECT_EQ(grid->MouseRow(), 0);
     EXPECT_EQ(grid->MouseCol(), 0);
 
+    // In the list's cells MouseDown comes first, and the click's own move after it.
     click(1, 3, Qt::ControlModifier);
-    EXPECT_EQ(events, QStringList({"SelChange 1,3-3", "MouseDown 1 2 at 1,3 current 1,3"}));
+    EXPECT_EQ(events, QStringList({"MouseDown 1 2 at 1,3 current 2,3", "SelChange 1,3-3"}));
 
     // The same cell again changes no selection: only the mouse event comes.
     events.clear();
@@ -123,7 +125,7 @@ TEST_F(FlexGridTest, a_double_click_is_one_MouseDown_and_the_pointer_sets_MouseR
     send(QEvent::MouseButtonPress, tickBox, 2150);
     send(QEvent::MouseButtonDblClick, tickBox, 2150);
     send(QEvent::MouseButtonRelease, tickBox, 2200);
-    EXPECT_EQ(events, QStringList({"SelChange 2,2-2", "MouseDown 1 0 at 2,2 current 2,2"}));
+    EXPECT_EQ(events, QStringList({"MouseDown 1 0 at 2,2 current 0,0", "SelChange 2,2-2"}));
 
     // A third press soon after is a click of its own.
     send(QEvent::MouseButtonPress, tickBox, 2300);
@@ -228,6 +230,59 @@ TEST_F(FlexGridTest, a_cells_picture_is_an_image_of_the_list_drawn_whole_in_its_
         EXPECT_EQ(extended.ListImage(number).size(), QSize(12, 13));
     }
     EXPECT_THROW(ImageList::FromFiles(QStringLiteral(":/icons/missing_%1.svg"), 1), MireloError);
+}
+
+TEST_F(FlexGridTest, the_fixed_row_and_columns_stay_in_view_while_the_list_scrolls) {
+    grid->setRows(40);
+    for (int col = 2; col < 5; ++col) {
+        grid->setColWidth(col, 3000);
+        grid->setTextMatrix(0, col, QStringLiteral("Rubrik %1").arg(col));
+    }
+    for (int row = 1; row < 40; ++row) {
+        grid->setCellPictureAt(row, 1, 6);
+        grid->setTextMatrix(row, 2, QString::number(row));
+    }
+    const int top = grid->rowHeight(0);
+    const int left = grid->columnWidth(0) + grid->columnWidth(1);
+    const auto picture = [this] { return grid->viewport()->grab().toImage(); };
+    const QImage before = picture();
+    grid->verticalScrollBar()->setValue(grid->verticalScrollBar()->maximum());
+    const QImage down = picture();
+    const QRect rowBand(0, 0, before.width(), top);
+    EXPECT_EQ(down.copy(rowBand), before.copy(rowBand));
+    EXPECT_NE(down, before);
+    grid->horizontalScrollBar()->setValue(grid->horizontalScrollBar()->maximum());
+    const QImage across = picture();
+    const QRect colBand(0, 0, left, before.height());
+    EXPECT_EQ(across.copy(colBand), down.copy(colBand));
+    EXPECT_NE(across, down);
+
+    click(0, 4);
+    ASSERT_FALSE(events.isEmpty());
+    EXPECT_EQ(events.last(), "MouseDown 1 0 at 0,4 current 0,0");
+
+    // The keyboard brings a row out from under the fixed row.
+    grid->setRow(30);
+    grid->setCol(2);
+    QTest::keyClick(grid, Qt::Key_Home);
+    EXPECT_EQ(grid->Row(), 1);
+    EXPECT_GE(grid->visualRect(grid->model()->index(1, 2)).top(), top);
+}
+
+TEST_F(FlexGridTest, a_long_text_is_cut_at_the_cells_edge_without_dots_and_is_its_tooltip) {
+    const QString stamp = QStringLiteral("2026-11-23 14:30:00 och mer därtill");
+    grid->setColWidth(3, 1080);
+    grid->setTextMatrix(1, 3, stamp);
+    EXPECT_EQ(grid->item(1, 3)->toolTip(), stamp);
+    const auto drawn = [this](int width) {
+        QRect cell = grid->visualRect(grid->model()->index(1, 3));
+        cell.setWidth(width);
+        return grid->viewport()->grab().toImage().copy(cell);
+    };
+    const int narrow = grid->visualRect(grid->model()->index(1, 3)).width();
+    const QImage cut = drawn(narrow);
+    grid->setColWidth(3, 6000);
+    EXPECT_EQ(cut, drawn(narrow));
 }
 
 } // namespace

@@ -3,7 +3,9 @@
 #include "korvalo_process.h"
 #include "patient_file_builder.h"
 #include "platform/browser.h"
+#include "platform/file_system.h"
 #include "platform/gui/flex_grid.h"
+#include "prescription_message_builder.h"
 #include "screens/frmMain.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
@@ -19,6 +21,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMdiArea>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
@@ -106,6 +109,22 @@ class MedicationViewTest : public support::ApplicationTest {
         screen.txtSearch->clear();
         QTest::keyClicks(screen.txtSearch, text);
         QTest::keyClick(screen.txtSearch, Qt::Key_Return);
+    }
+
+    // The frame shown and active, as the window system leaves it for the keys to reach it.
+    static mainApp &showFrame() {
+        mainApp &frame = Screen<mainApp>();
+        frame.show();
+        frame.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&frame));
+        return frame;
+    }
+
+    // Opens the patient as a whole number in the search box does.
+    static frmShowPatient &openPatient(const QString &pnr) {
+        showFrame();
+        search(pnr);
+        return Screen<frmShowPatient>();
     }
 
     std::vector<RecordedHandoff> handoffs;
@@ -250,6 +269,119 @@ TEST_F(MedicationViewTest, a_file_deleted_before_selection_is_reported_and_the_s
         boxes.back().text,
         "Det finns inga patienter i listan!\r\nAnvänd \"Sök\"-funktionen eller \"Lista alla\".");
     EXPECT_EQ(boxes.back().icon, platform::MsgBoxIcon::Exclamation);
+}
+
+TEST_F(MedicationViewTest, a_tick_after_the_file_vanished_shows_error_53_whichever_way_it_came) {
+    struct Road {
+        const char *name;
+        int row;
+        bool byKeyboard;
+    };
+    for (const Road road : {Road{"the marked row", 1, false}, Road{"another row", 2, false},
+                            Road{"a row the keyboard chose", 2, true}}) {
+        storePatient("191212121212",
+                     {product("S2_1", "Alvedon", "N02BE01"), product("S1_1", "Ipren", "M01AE01")});
+        frmShowPatient &view = openPatient("191212121212");
+        if (road.byKeyboard) {
+            QTest::keyClick(view.FlexGrid, Qt::Key_Down);
+        }
+        std::filesystem::remove(path("data/191212121212.xml"));
+        boxes.clear();
+        clickCell(view.FlexGrid, road.row, 2);
+        ASSERT_EQ(boxes.size(), 1u) << road.name;
+        EXPECT_EQ(boxes[0].text, "Filen hittades inte") << road.name;
+        EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::Stop) << road.name;
+        EXPECT_TRUE(view.isVisible()) << road.name;
+        EXPECT_EQ(view.FlexGrid->CellPictureAt(road.row, 2), 1) << road.name;
+        view.cmdNyPatient_Click();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(MedicationViewTest, the_view_opens_whole_in_the_frames_corner_with_the_keys_in_the_list) {
+    storePatient("191212121212",
+                 {product("A_1", "Alvedon", "N02BE01"), product("B_1", "Ipren", "M01AE01"),
+                  product("C_1", "Waran", "B01AA03")});
+    mainApp &frame = showFrame();
+    // Whole inside the frame's client area, txtLoggedIn and all, at the corner.
+    const auto standsWhole = [&frame](QWidget &screen, const char *name) {
+        const QWidget *panel = screen.parentWidget();
+        EXPECT_EQ(panel->geometry(), QRect(QPoint(0, 0), screen.size())) << name;
+        EXPECT_TRUE(frame.mdiArea->viewport()->rect().contains(panel->geometry())) << name;
+    };
+    standsWhole(Screen<frmMain>(), "frmMain");
+    // Opened by a whole number, and by a line of the list.
+    search("191212121212");
+    standsWhole(Screen<frmShowPatient>(), "exact");
+    Screen<frmShowPatient>().cmdNyPatient_Click();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    search("1912");
+    QTest::keyClick(Screen<frmMain>().List1, Qt::Key_Return);
+    frmShowPatient &view = Screen<frmShowPatient>();
+    standsWhole(view, "list");
+
+    platform::FlexGrid *grid = view.FlexGrid;
+    EXPECT_EQ(QApplication::focusWidget(), grid);
+    const struct {
+        Qt::Key key;
+        int row;
+        QString caption;
+    } moves[] = {{Qt::Key_Down, 2, "Ipren"},
+                 {Qt::Key_End, 13, ""},
+                 {Qt::Key_Home, 1, "Alvedon"},
+                 {Qt::Key_PageDown, 13, ""},
+                 {Qt::Key_PageUp, 1, "Alvedon"}};
+    for (const auto &move : moves) {
+        QTest::keyClick(grid, move.key);
+        EXPECT_EQ(grid->Row(), move.row) << move.key;
+        EXPECT_TRUE(view.Frame1->title().startsWith(move.caption)) << move.key;
+    }
+}
+
+TEST_F(MedicationViewTest, enter_prescribes_from_anywhere_and_ctrl_A_asks_to_close_everywhere) {
+    storePatient("191212121212", {product("A_1", "Alvedon", "N02BE01")});
+    frmShowPatient &view = openPatient("191212121212");
+    for (QWidget *focus : std::initializer_list<QWidget *>{view.FlexGrid, view.chkMode}) {
+        focus->setFocus();
+        QTest::keyClick(focus, Qt::Key_Return);
+    }
+    EXPECT_EQ(handoffs.size(), 2u);
+
+    for (QWidget *focus :
+         std::initializer_list<QWidget *>{view.FlexGrid, Screen<frmMain>().txtSearch}) {
+        nextAnswers.push_back(platform::MsgBoxResult::No);
+        focus->setFocus();
+        QTest::keyClick(focus, Qt::Key_A, Qt::ControlModifier);
+    }
+    ASSERT_EQ(boxes.size(), 2u);
+    for (const auto &box : boxes) {
+        EXPECT_EQ(box.text, "Vill du verkligen avsluta Mirelo?");
+    }
+}
+
+TEST_F(MedicationViewTest, a_long_signature_stops_at_the_next_caption_and_a_refresh_marks_nothing) {
+    ProductFields alvedon = product("A_1", "Alvedon", "N02BE01");
+    alvedon.insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
+    alvedon.takenOutBy = alvedon.insertedBy;
+    storePatient("191212121212", {alvedon, product("B_1", "Ipren", "M01AE01")});
+    frmShowPatient &view = openPatient("191212121212");
+    for (const auto &[value, caption] :
+         {std::pair{view.Label12, view.Label15}, std::pair{view.Label13, view.Label14}}) {
+        EXPECT_EQ(value->text().toStdString(), alvedon.insertedBy);
+        EXPECT_EQ(value->toolTip().toStdString(), alvedon.insertedBy);
+        EXPECT_LE(value->geometry().right(), caption->geometry().left());
+    }
+
+    // A message taken in by the timer fills the list again and marks no row.
+    support::PrescriptionMessage message;
+    message.items.push_back({});
+    support::writePrescriptionMessage(path("in/recept.xml"), message);
+    for (int tick = 0; tick < 10; ++tick) {
+        Screen<mainApp>().Timer1_Timer();
+    }
+    EXPECT_FALSE(platform::FileExists(path("in/recept.xml")));
+    EXPECT_TRUE(view.FlexGrid->selectedRanges().isEmpty());
+    EXPECT_TRUE(view.Frame1->title().startsWith("Alvedon"));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Saves pictures of the login screen, the main frame and the medication view, for a review of
-// the look. Works in a temporary application directory with a made-up patient.
+// Saves pictures of the login screen, the main frame and the medication view (also scrolled), for a
+// review of the look. Works in a temporary application directory with a made-up patient.
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "patient_file_builder.h"
@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <iostream>
@@ -47,6 +48,8 @@ int main(int argc, char **argv) {
 
     session().gDataPath = settings.dataPath.value();
     session().gSignature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
+    // Twenty products, so the list scrolls under its fixed row, and a signature long enough
+    // to reach the next caption of the detail panel.
     support::ProductFields waran;
     waran.id = "S2_1";
     waran.productName = "Waran";
@@ -54,12 +57,20 @@ int main(int argc, char **argv) {
     waran.strength = "2,5 mg";
     waran.atcCode = "B01AA03";
     waran.allergic = "1";
-    support::ProductFields alvedon;
-    alvedon.id = "S1_1";
-    alvedon.checked = "0";
-    alvedon.allergicHistory = "1";
-    support::storePatientFile("191212121212.xml", support::patientText("191212121212", "Åström",
-                                                                       "Märta", {waran, alvedon}));
+    waran.insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
+    waran.prescribedTimestamp = "2026-11-23T14:30:00";
+    std::vector<support::ProductFields> products{waran};
+    for (int number = 1; number < 20; ++number) {
+        support::ProductFields past;
+        past.id = "S1_" + std::to_string(number);
+        past.checked = number < 4 ? "1" : "0";
+        past.atcCode = "N02BE0" + std::to_string(number % 10);
+        past.allergicHistory = number == 2 ? "1" : "0";
+        past.note = number == 3 ? "Tas med mat" : "";
+        products.push_back(past);
+    }
+    support::storePatientFile("191212121212.xml",
+                              support::patientText("191212121212", "Åström", "Märta", products));
 
     mainApp &frame = Screen<mainApp>();
     frame.show();
@@ -73,5 +84,8 @@ int main(int argc, char **argv) {
     view.FlexGrid_SelChange();
     frame.showChild(&view);
     saved = save(frame, target + QStringLiteral("/medication_view.png")) && saved;
+    view.FlexGrid->verticalScrollBar()->setValue(view.FlexGrid->verticalScrollBar()->maximum());
+    view.FlexGrid->horizontalScrollBar()->setValue(view.FlexGrid->horizontalScrollBar()->maximum());
+    saved = save(frame, target + QStringLiteral("/medication_view_scrolled.png")) && saved;
     return saved ? 0 : 1;
 }
