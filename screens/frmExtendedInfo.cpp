@@ -5,6 +5,7 @@
 #include "platform/message_box.h"
 #include "records/extended_info.h"
 #include "records/medication_view_interaction.h"
+#include "records/note_records.h"
 #include "screens/control_tag.h"
 #include "screens/frmShowPatient.h"
 #include "screens/mainApp.h"
@@ -66,10 +67,6 @@ std::string boxText(const QPlainTextEdit *box) {
 void setBoxText(QPlainTextEdit *box, const std::string &text) {
     box->setPlainText(
         QString::fromStdString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
-}
-
-void showNumberAndDescription(const MireloError &error) {
-    platform::MsgBox(std::to_string(error.number()) + " " + error.description());
 }
 
 } // namespace
@@ -325,6 +322,35 @@ void frmExtendedInfo::SelectFlexGridID(const std::string &id, const std::string 
     FlexGrid->setColSel(FlexGrid->Cols() - 1);
 }
 
+void frmExtendedInfo::SaveGeneralInfo() {
+    const GeneralInfoMarks marks{
+        [this](const std::string &tag) { setTag(Text1, QString::fromStdString(tag)); },
+        [this](const std::string &caption) { Label3->setText(QString::fromStdString(caption)); }};
+    mirelo::SaveGeneralInfo(Pnr, boxText(Text1), session().gSignature, marks);
+}
+
+void frmExtendedInfo::SaveProductNote() {
+    mirelo::SaveProductNote(Pnr, Tag(txtNoteChanged).toStdString(), boxText(Text2),
+                            session().gSignature, [this](const std::string &caption) {
+                                txtNoteChanged->setText(QString::fromStdString(caption));
+                            });
+}
+
+// The product is the one on the current row of the grid. Its note leaves the list at the
+// refill, and the selection goes back to the first row.
+void frmExtendedInfo::deleteNote() {
+    try {
+        const std::string id = FlexGrid->TextMatrix(FlexGrid->Row(), grid::ID).toStdString();
+        mirelo::deleteNote(Pnr, id, session().gSignature, NoteScreen::ExtendedInfo);
+        Screen<frmShowPatient>().ReadPatientFolder(Pnr);
+        ReadPatientFolder(Pnr);
+        FlexGrid->setRow(1);
+        FlexGrid_SelChange();
+    } catch (const MireloError &error) {
+        ReportNoteFailure(error);
+    }
+}
+
 void frmExtendedInfo::Text1_Change() {
     if (Tag(Text1) != NoChange) {
         Text1Changed = true;
@@ -343,7 +369,7 @@ void frmExtendedInfo::Text1_LostFocus() {
             SaveGeneralInfo();
         }
     } catch (const MireloError &error) {
-        showNumberAndDescription(error);
+        ReportNoteFailure(error);
     }
 }
 
@@ -353,7 +379,7 @@ void frmExtendedInfo::Text2_LostFocus() {
             SaveProductNote();
         }
     } catch (const MireloError &error) {
-        showNumberAndDescription(error);
+        ReportNoteFailure(error);
     }
 }
 
@@ -368,7 +394,7 @@ void frmExtendedInfo::cmdClose_Click() {
         view.SelectFlexGridRow(view.FlexGrid, 1);
         view.FlexGrid_SelChange();
     } catch (const MireloError &error) {
-        showNumberAndDescription(error);
+        ReportNoteFailure(error);
     }
 }
 

@@ -66,6 +66,7 @@ class frmExtendedInfo : public QWidget {
 
     void SaveGeneralInfo();
     void SaveProductNote();
+    void deleteNote();
 
     void Text1_Change();
     void Text2_Change();
