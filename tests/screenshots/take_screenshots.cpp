@@ -1,9 +1,11 @@
-// Saves pictures of the login screen, the main frame and the medication view, for a review of
-// the look. Works in a temporary application directory with a made-up patient.
+// Saves pictures of the login screen, the main frame, the medication view and the extended
+// information, for a review of the look. Works in a temporary application directory with a made-up
+// patient.
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
+#include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
@@ -13,6 +15,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMouseEvent>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <iostream>
@@ -57,7 +60,11 @@ int main(int argc, char **argv) {
     support::ProductFields alvedon;
     alvedon.id = "S1_1";
     alvedon.checked = "0";
+    alvedon.regNr = "100002";
     alvedon.allergicHistory = "1";
+    alvedon.note = "Magbesvär vid högre dos.";
+    alvedon.noteBy = "Dr. Karin Lindqvist";
+    alvedon.noteTimestamp = "2026-02-03 10:15:00";
     support::storePatientFile("191212121212.xml", support::patientText("191212121212", "Åström",
                                                                        "Märta", {waran, alvedon}));
 
@@ -73,5 +80,21 @@ int main(int argc, char **argv) {
     view.FlexGrid_SelChange();
     frame.showChild(&view);
     saved = save(frame, target + QStringLiteral("/medication_view.png")) && saved;
+
+    frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
+    extendedInfo.ReadPatientFolder("191212121212");
+    frame.hideChild(&view);
+    // The product of a row is shown once the pointer has been over the grid.
+    QWidget *cells = extendedInfo.FlexGrid->viewport();
+    const QPoint onSecondRow =
+        extendedInfo.FlexGrid->visualItemRect(extendedInfo.FlexGrid->item(2, 3)).center();
+    QMouseEvent move(QEvent::MouseMove, onSecondRow, cells->mapToGlobal(onSecondRow), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(cells, &move);
+    extendedInfo.FlexGrid->setRow(2);
+    extendedInfo.FlexGrid_SelChange();
+    frame.showChild(&extendedInfo);
+    frame.placeChild(&extendedInfo, 0, 0);
+    saved = save(frame, target + QStringLiteral("/extended_info.png")) && saved;
     return saved ? 0 : 1;
 }
