@@ -1,12 +1,16 @@
-// Saves pictures of the login screen, the main frame, the medication view and the extended
-// information, for a review of the look. Works in a temporary application directory with a made-up
-// patient.
+// Saves pictures of the login screen, the main frame, the medication view, the dialogs of
+// notes and warnings and the extended information, for a review of the look. Works in a
+// temporary application directory with a made-up patient.
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
+#include "records/note_records.h"
+#include "screens/frmAllergicExtendedInfo.h"
+#include "screens/frmAllergicHistory.h"
 #include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
+#include "screens/frmMedicalNote.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
 #include "screens/mainApp.h"
@@ -16,6 +20,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QMouseEvent>
+#include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <iostream>
@@ -52,6 +57,7 @@ int main(int argc, char **argv) {
     session().gSignature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
     support::ProductFields waran;
     waran.id = "S2_1";
+    waran.regNr = "19650101";
     waran.productName = "Waran";
     waran.companyName = "Karo Pharma";
     waran.strength = "2,5 mg";
@@ -80,6 +86,28 @@ int main(int argc, char **argv) {
     view.FlexGrid_SelChange();
     frame.showChild(&view);
     saved = save(frame, target + QStringLiteral("/medication_view.png")) && saved;
+
+    SaveAllergicHistory("191212121212", "S2_1", 1,
+                        "Utslag och klåda efter första dosen, bekräftat vid återbesök på "
+                        "vårdcentralen.",
+                        session().gSignature, NoteScreen::MedicalNote);
+    SaveAllergicHistory("191212121212", "S2_1", 0,
+                        "Felaktigt registrerad.\r\nGäller Warfarin Orion.", session().gSignature,
+                        NoteScreen::MedicalNote);
+    SaveMedicalNote("191212121212", "S2_1",
+                    "Utsatt inför operation.\r\nÅterinsätts efter kontroll av PK-värde.", 1,
+                    session().gSignature);
+    frmMedicalNote &note = Screen<frmMedicalNote>();
+    note.ReadPatientFile("S2_1", "191212121212");
+    saved = save(note, target + QStringLiteral("/medical_note.png")) && saved;
+
+    frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
+    reason.txtExtendedMedicalInfo->setPlainText(QStringLiteral("Reaktionen var en biverkan."));
+    saved = save(reason, target + QStringLiteral("/allergy_reason.png")) && saved;
+
+    frmAllergicHistory &history = Screen<frmAllergicHistory>();
+    history.listHistory("191212121212", "19650101", "Waran Tablett 2,5 mg");
+    saved = save(history, target + QStringLiteral("/allergy_history.png")) && saved;
 
     frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
     extendedInfo.ReadPatientFolder("191212121212");
