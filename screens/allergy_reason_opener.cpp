@@ -1,5 +1,6 @@
 #include "screens/allergy_reason_opener.h"
 
+#include "screens/frmExtendedInfo.h"
 #include "screens/frmMedicalNote.h"
 #include "screens/screen_instance.h"
 
@@ -9,6 +10,9 @@ AllergyReasonOpener *OpenerNamed(const std::string &caller) {
     // "ShowPat" is the note dialog that the medication view brings up, not the view itself.
     if (caller == "ShowPat") {
         return &Screen<frmMedicalNote>();
+    }
+    if (caller == "ExtInfo") {
+        return &Screen<frmExtendedInfo>();
     }
     return nullptr;
 }

@@ -7,8 +7,11 @@
 #include "records/medication_view_interaction.h"
 #include "records/note_records.h"
 #include "screens/control_tag.h"
+#include "screens/frmAllergicExtendedInfo.h"
+#include "screens/frmAllergicHistory.h"
 #include "screens/frmShowPatient.h"
 #include "screens/mainApp.h"
+#include "screens/note_text_box.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
@@ -44,10 +47,8 @@ QPushButton *makeButton(QWidget *parent, const char *name, const QString &captio
 
 QPlainTextEdit *makeTextBox(QWidget *parent, const char *name, int left, int top, int width,
                             int height) {
-    auto *box = makeControl<QPlainTextEdit>(parent, name);
+    QPlainTextEdit *box = makeNoteTextBox(parent, name);
     placeTwips(box, left, top, width, height);
-    box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    box->setTabChangesFocus(true);
     return box;
 }
 
@@ -58,15 +59,6 @@ std::vector<QPixmap> ImageList1() {
         images.emplace_back(QStringLiteral(":/icons/extendedinfo_%1.svg").arg(number));
     }
     return images;
-}
-
-// A text box holds its lines with CR LF between them, as the notes are written to the file.
-std::string boxText(const QPlainTextEdit *box) {
-    return box->toPlainText().replace(QLatin1Char('\n'), QStringLiteral("\r\n")).toStdString();
-}
-void setBoxText(QPlainTextEdit *box, const std::string &text) {
-    box->setPlainText(
-        QString::fromStdString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
 }
 
 } // namespace
@@ -139,6 +131,12 @@ frmExtendedInfo::frmExtendedInfo() {
     Text1->installEventFilter(this);
     Text2->installEventFilter(this);
     connect(FlexGrid, &platform::FlexGrid::SelChange, this, &frmExtendedInfo::FlexGrid_SelChange);
+    connect(FlexGrid, &platform::FlexGrid::MouseDown, this, &frmExtendedInfo::FlexGrid_MouseDown);
+    // The box's every change, the program's own too, as the tag tells them apart.
+    connect(chkAllergic, &QCheckBox::toggled, this, &frmExtendedInfo::chkAllergic_Click);
+    connect(cmdAllergicHistory, &QPushButton::clicked, this,
+            &frmExtendedInfo::cmdAllergicHistory_Click);
+    connect(cmdDeleteNote, &QPushButton::clicked, this, &frmExtendedInfo::cmdDeleteNote_Click);
     connect(cmdClose, &QPushButton::clicked, this, &frmExtendedInfo::cmdClose_Click);
 
     Form_Load();
@@ -334,11 +332,11 @@ void frmExtendedInfo::SaveGeneralInfo() {
     const GeneralInfoMarks marks{
         [this](const std::string &tag) { setTag(Text1, QString::fromStdString(tag)); },
         [this](const std::string &caption) { Label3->setText(QString::fromStdString(caption)); }};
-    mirelo::SaveGeneralInfo(Pnr, boxText(Text1), session().gSignature, marks);
+    mirelo::SaveGeneralInfo(Pnr, BoxText(Text1), session().gSignature, marks);
 }
 
 void frmExtendedInfo::SaveProductNote() {
-    mirelo::SaveProductNote(Pnr, Tag(txtNoteChanged).toStdString(), boxText(Text2),
+    mirelo::SaveProductNote(Pnr, Tag(txtNoteChanged).toStdString(), BoxText(Text2),
                             session().gSignature, [this](const std::string &caption) {
                                 txtNoteChanged->setText(QString::fromStdString(caption));
                             });
@@ -356,6 +354,85 @@ void frmExtendedInfo::deleteNote() {
         FlexGrid_SelChange();
     } catch (const MireloError &error) {
         ReportNoteFailure(error);
+    }
+}
+
+// The product is the one on the current row; the warning is the box's state and the reason is
+// the reason dialog's, which is open while this runs. The row is sought again after the refill.
+void frmExtendedInfo::SaveAllergicHistory() {
+    const std::string id = FlexGrid->TextMatrix(FlexGrid->Row(), grid::ID).toStdString();
+    mirelo::SaveAllergicHistory(Pnr, id, chkAllergic->isChecked() ? 1 : 0,
+                                BoxText(Screen<frmAllergicExtendedInfo>().txtExtendedMedicalInfo),
+                                session().gSignature, NoteScreen::ExtendedInfo);
+    ReadPatientFolder(Pnr);
+    SelectFlexGridID(id, "");
+}
+
+// Not under the "NoChange" guard: the emptying counts as the user's change of the note.
+void frmExtendedInfo::emptyNoteBox() {
+    Text2->clear();
+}
+
+// The box has changed already; the reason dialog saves the new state or puts the box back.
+void frmExtendedInfo::chkAllergic_Click() {
+    if (Tag(chkAllergic) == NoClick) {
+        return;
+    }
+    frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
+    reason.DeletingNote = false;
+    reason.Caller = "ExtInfo";
+    reason.exec();
+}
+
+// Taking away a note with a warning goes through the reason dialog, which deletes on OK.
+void frmExtendedInfo::cmdDeleteNote_Click() {
+    const std::string question = "Är du säker på att du vill ta bort notering?";
+    const std::string text =
+        chkAllergic->isChecked()
+            ? "Denna notering innehåller varning om läkemedelsöverkänslighet.\r\n" + question
+            : question;
+    if (platform::MsgBox(text, platform::MsgBoxButtons::YesNo, platform::MsgBoxIcon::Warning) !=
+        platform::MsgBoxResult::Yes) {
+        return;
+    }
+    if (chkAllergic->isChecked()) {
+        frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
+        reason.Caller = "ExtInfo";
+        reason.DeletingNote = true;
+        reason.exec();
+    } else {
+        deleteNote();
+    }
+}
+
+// The button hands over the dosage column where the icon hands over the product number, so it
+// finds no records as a rule: that is how the button has always worked.
+void frmExtendedInfo::cmdAllergicHistory_Click() {
+    showHistory(grid::Dosage, true);
+}
+
+void frmExtendedInfo::FlexGrid_MouseDown() {
+    if (FlexGrid->MouseRow() == 0 || FlexGrid->MouseCol() != grid::HistoryIcon) {
+        return;
+    }
+    FlexGrid->setCol(grid::HistoryIcon);
+    if (FlexGrid->CellPicture() == extended_info::images::AllergyHistory) {
+        showHistory(grid::RegNr, false);
+    }
+}
+
+void frmExtendedInfo::showHistory(int regNrCol, bool modal) {
+    FlexGrid->setCol(regNrCol);
+    const std::string regNr = FlexGrid->Text().toStdString();
+    FlexGrid->setCol(grid::Product);
+    const std::string name = FlexGrid->Text().toStdString();
+    SelectFlexGridRow(FlexGrid, FlexGrid->Row());
+    frmAllergicHistory &history = Screen<frmAllergicHistory>();
+    history.listHistory(Pnr, regNr, name);
+    if (modal) {
+        history.exec();
+    } else {
+        history.show();
     }
 }
 

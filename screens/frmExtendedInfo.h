@@ -1,5 +1,7 @@
 #pragma once
 
+#include "screens/allergy_reason_opener.h"
+
 #include <QWidget>
 #include <string>
 
@@ -23,7 +25,7 @@ namespace mirelo::screens {
 // the note and warning of the picked one, and the general note. It stands in the place of the
 // medication view while open. Edits are saved when the user leaves a text box; there is no
 // save button.
-class frmExtendedInfo : public QWidget {
+class frmExtendedInfo : public QWidget, public AllergyReasonOpener {
     Q_OBJECT
 
   public:
@@ -66,13 +68,21 @@ class frmExtendedInfo : public QWidget {
 
     void SaveGeneralInfo();
     void SaveProductNote();
-    void deleteNote();
+
+    // What the reason dialog reaches for when this screen opened it.
+    QCheckBox *allergicBox() override { return chkAllergic; }
+    void emptyNoteBox() override;
+    void SaveAllergicHistory() override;
+    // Deletes the note of the product on the current row; shows its own failures.
+    void deleteNote() override;
 
     void Text1_Change();
     void Text2_Change();
     void Text1_LostFocus();
     void Text2_LostFocus();
     void FlexGrid_MouseDown();
+    void chkAllergic_Click();
+    void cmdDeleteNote_Click();
     void cmdAllergicHistory_Click();
     void cmdClose_Click();
 
