@@ -1,8 +1,8 @@
 #include "records/extended_info.h"
 
-#include "core/conversions.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
+#include "records/product_fields.h"
 
 #include <algorithm>
 
@@ -32,43 +32,6 @@ const std::array<GridColumnLayout, Cols> Layout = {{
 const char *const ListedProducts = "//Product[(ExtendedMedicalInfo != \"\" or Allergic = 1) and "
                                    "(not(RegNr = preceding::RegNr))]";
 
-std::string field(const platform::XmlNode &node, const char *name) {
-    return node.selectSingleNode(name).text();
-}
-
-// Flags are numeric text: an empty one fails instead of reading as "no".
-bool flagIsSet(const platform::XmlNode &product, const char *name) {
-    return CInt(field(product, name)) == 1;
-}
-
-// The parser gives single line feeds; a text box breaks its lines with CR LF.
-std::string withCrLf(const std::string &text) {
-    std::string boxed;
-    for (const char c : text) {
-        if (c == '\n') {
-            boxed += '\r';
-        }
-        boxed += c;
-    }
-    return boxed;
-}
-
-std::string displayName(const platform::XmlNode &product) {
-    const std::string name = field(product, "ProductName");
-    const std::string form = field(product, "Form");
-    const std::string strength = field(product, "Str");
-    return name + " " + form + " " + strength + " " + field(product, "CompanyName");
-}
-
-// Only the presence of the package size counts: an empty one still reads "2 X ".
-std::string packages(const platform::XmlNode &product) {
-    const platform::XmlNode size = product.selectSingleNode("PackageSize");
-    if (size.isNull()) {
-        return {};
-    }
-    return field(product, "NumberOfPackages") + " X " + size.text();
-}
-
 class GridFill {
   public:
     explicit GridFill(Fill &fill) : fill_(fill) {}
@@ -81,24 +44,25 @@ class GridFill {
         fill_.gridRows = std::max(fill_.gridRows, row + 1);
 
         GridCell &history = cell(row, HistoryIcon);
-        if (flagIsSet(product, "AllergicHistory")) {
+        if (ProductFlagIsSet(product, "AllergicHistory")) {
             history.picture = images::AllergyHistory;
         }
         // A warning hides a note.
         GridCell &warningOrNote = cell(row, WarningOrNoteIcon);
-        if (flagIsSet(product, "Allergic")) {
+        if (ProductFlagIsSet(product, "Allergic")) {
             warningOrNote.picture = images::Warning;
-        } else if (!field(product, "ExtendedMedicalInfo").empty()) {
+        } else if (!ProductField(product, "ExtendedMedicalInfo").empty()) {
             warningOrNote.picture = images::Note;
         }
-        writeText(row, Product, [&] { return displayName(product); });
-        writeText(row, Prescribed, [&] { return field(product, "PrescribedTimestamp"); });
-        writeText(row, Repeats, [&] { return field(product, "DispensingRepeatNumber") + " ggr"; });
-        writeText(row, Packages, [&] { return packages(product); });
-        writeText(row, ID, [&] { return field(product, "ID"); });
-        writeText(row, ATC, [&] { return field(product, "ATCcode"); });
-        writeText(row, RegNr, [&] { return field(product, "RegNr"); });
-        writeText(row, Dosage, [&] { return field(product, "UnstructuredDosageAdmin"); });
+        writeText(row, Product, [&] { return ProductDisplayName(product); });
+        writeText(row, Prescribed, [&] { return ProductField(product, "PrescribedTimestamp"); });
+        writeText(row, Repeats,
+                  [&] { return ProductField(product, "DispensingRepeatNumber") + " ggr"; });
+        writeText(row, Packages, [&] { return ProductPackages(product); });
+        writeText(row, ID, [&] { return ProductField(product, "ID"); });
+        writeText(row, ATC, [&] { return ProductField(product, "ATCcode"); });
+        writeText(row, RegNr, [&] { return ProductField(product, "RegNr"); });
+        writeText(row, Dosage, [&] { return ProductField(product, "UnstructuredDosageAdmin"); });
     }
 
     // Two listed products of one ATC code stand out in red, whole rows; two empty codes are
@@ -150,7 +114,7 @@ void fill(const platform::XmlDocument &patient, bool loadGeneralNote, Fill &resu
         result.frame1Caption = "Övrig information om " + givenName + " " +
                                patient.selectSingleNode("//Patient/PatientData/FamilyName").text();
         result.text1 =
-            withCrLf(patient.selectSingleNode("//Patient/PatientData/GeneralInfo").text());
+            WithCrLf(patient.selectSingleNode("//Patient/PatientData/GeneralInfo").text());
     }
     const std::string by = patient.selectSingleNode("//Patient/PatientData/GeneralInfoBy").text();
     result.label3 =
@@ -212,12 +176,12 @@ Selection SelectionOf(const std::string &pnr, int mouseRow, const std::string &p
     ProductPanel panel;
     panel.id = id;
     panel.frame2Caption = "Notering för patient ang: " + productText +
-                          ", ordinerat av: " + field(product, "PrescribedBy");
-    panel.text2 = withCrLf(field(product, "ExtendedMedicalInfo"));
-    panel.cmdAllergicHistoryVisible = flagIsSet(product, "AllergicHistory");
-    panel.allergic = CInt(field(product, "Allergic")) == 1;
-    panel.txtNoteChanged = field(product, "ExtendedMedicalInfoBy") + " - " +
-                           field(product, "ExtendedMedicalInfoTimestamp");
+                          ", ordinerat av: " + ProductField(product, "PrescribedBy");
+    panel.text2 = WithCrLf(ProductField(product, "ExtendedMedicalInfo"));
+    panel.cmdAllergicHistoryVisible = ProductFlagIsSet(product, "AllergicHistory");
+    panel.allergic = ProductFlagIsSet(product, "Allergic");
+    panel.txtNoteChanged = ProductField(product, "ExtendedMedicalInfoBy") + " - " +
+                           ProductField(product, "ExtendedMedicalInfoTimestamp");
     selection.product = panel;
     return selection;
 }

@@ -3,23 +3,9 @@
 #include "core/conversions.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
+#include "records/product_fields.h"
 
 namespace mirelo {
-namespace {
-
-std::string withCrLf(const std::string &text) {
-    std::string converted;
-    for (const char c : text) {
-        if (c == '\n') {
-            converted += '\r';
-        }
-        converted += c;
-    }
-    return converted;
-}
-
-} // namespace
-
 MedicalNoteView ReadMedicalNoteView(const std::string &pnr, const std::string &id) {
     const platform::XmlDocument patient =
         ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path);
@@ -31,7 +17,7 @@ MedicalNoteView ReadMedicalNoteView(const std::string &pnr, const std::string &i
     view.frame1Caption = "Notering om: " + field("ProductName") + " " + field("Form") + " " +
                          field("Str") + " " + field("CompanyName") +
                          ", ordinerat av: " + field("PrescribedBy");
-    view.note = withCrLf(field("ExtendedMedicalInfo"));
+    view.note = WithCrLf(field("ExtendedMedicalInfo"));
     view.allergic = CInt(field("Allergic"));
     return view;
 }
