@@ -178,6 +178,14 @@ TEST_F(NoteRecordsTest, deletions_and_saves_spread_by_the_test_of_their_screen) 
         {"7", deletion(NoteScreen::ExtendedInfo), {"1_1", "2_1"}},
         {"A1", deletion(NoteScreen::MedicalNote), {"1_1", "2_1"}},
         {"", deletion(NoteScreen::MedicalNote), {"1_1"}},
+        // The note dialog records a warning without a RegNr, and spreads it nowhere.
+        {"",
+         [this] {
+             SaveAllergicHistory(Pnr, "1_1", 0, "Utslag", Sig, NoteScreen::MedicalNote);
+             ASSERT_EQ(storedRecords().size(), 1u);
+             EXPECT_EQ(storedRecords()[0][0], (std::pair<std::string, std::string>("RegNr", "")));
+         },
+         {}},
         // A product without a RegNr takes no note at all, and nothing is said.
         {"", [] { SaveMedicalNote(Pnr, "1_1", "Ny", 0, Sig); }, {}},
         {"", [this] { SaveProductNote(Pnr, "1_1", "Ny", Sig, mark("txtNoteChanged=")); }, {}},
