@@ -161,6 +161,19 @@ TEST_F(NoteRecordsTest, the_life_of_a_warning_from_the_first_tick_to_a_new_presc
     EXPECT_EQ(storedRecords(), records);
 }
 
+TEST_F(NoteRecordsTest, SaveGeneralInfo_signs_the_general_note_and_marks_the_screen) {
+    store({});
+    SaveGeneralInfo(Pnr, "Pollenallergi", Sig, generalInfoMarks());
+    const Fields patientData = support::childFields(
+        support::readStoredPatient(filePath()).selectSingleNode("//PatientData"));
+    const Fields expected = {{"GeneralInfo", "Pollenallergi"},
+                             {"GeneralInfoBy", Sig},
+                             {"GeneralInfoTimestamp", "2026-03-15 14:05:09"}};
+    EXPECT_EQ(Fields(patientData.end() - 3, patientData.end()), expected);
+    EXPECT_EQ(marks, (std::vector<std::string>{"Text1.Tag=NoChange", "Text1.Tag=",
+                                               "Label3=" + Sig + " - 2026-03-15 14:05:09"}));
+}
+
 // Which products a deletion or a save reaches, by the RegNr that the picked product 1_1 shares
 // with 2_1; 3_1 is another product.
 TEST_F(NoteRecordsTest, deletions_and_saves_spread_by_the_test_of_their_screen) {
