@@ -38,7 +38,7 @@ frmAllergicExtendedInfo::frmAllergicExtendedInfo()
     setWindowTitle(QStringLiteral("Mirelo"));
     setModal(true);
     sizeTwips(this, 6765, 2385);
-    setFont(verdana(8.25));
+    setFont(dialogFont());
 
     Frame1 = makeControl<QGroupBox>(
         this, "Frame1", QStringLiteral("Anledning till förändring av status för överkänslighet"));

@@ -31,7 +31,7 @@ frmAllergicHistory::frmAllergicHistory() : QDialog(nullptr, Qt::Dialog) {
     setObjectName(QStringLiteral("frmAllergicHistory"));
     setWindowTitle(QStringLiteral("Mirelo"));
     sizeTwips(this, 8280, 6000);
-    setFont(verdana(8.25));
+    setFont(dialogFont());
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 120, 120, 7935, 5295);
@@ -41,6 +41,13 @@ frmAllergicHistory::frmAllergicHistory() : QDialog(nullptr, Qt::Dialog) {
     FlexGrid->setRows(2);
     FlexGrid->setFixedRows(1);
     FlexGrid->setFixedCols(1);
+    // The cells pad their text more than the columns were measured for: a date fits its column
+    // only a little smaller.
+    QFont gridFont = dialogFont();
+    gridFont.setPointSizeF(7.5);
+    FlexGrid->setFont(gridFont);
+    // A long reason runs on over the lines that its row is made high for.
+    FlexGrid->setWordWrap(true);
     cmdBack = makeControl<QPushButton>(this, "cmdBack", QStringLiteral("Återgå"));
     placeTwips(cmdBack, 7200, 5520, 855, 285);
     cmdBack->setAutoDefault(false);

@@ -37,7 +37,7 @@ frmMedicalNote::frmMedicalNote()
     setWindowTitle(QStringLiteral("Mirelo"));
     setModal(true);
     sizeTwips(this, 8985, 2430);
-    setFont(verdana(8.25));
+    setFont(dialogFont());
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 120, 120, 8535, 1695);
@@ -49,6 +49,7 @@ frmMedicalNote::frmMedicalNote()
     placeTwips(chkAllergic, 240, 1920, 255, 255);
     Label1 = makeControl<QLabel>(this, "Label1", QStringLiteral("Överkänslighet"));
     placeTwips(Label1, 480, 1950, 1065, 195);
+    Label1->adjustSize();
     cmdDelete =
         makeButton(this, "cmdDelete", QStringLiteral("Ta bort notering"), 6240, 1920, 1335, 255);
     cmdSave = makeButton(this, "cmdSave", QStringLiteral("OK"), 7680, 1920, 975, 255);
