@@ -71,14 +71,8 @@ frmExtendedInfo::frmExtendedInfo() {
     setObjectName(QStringLiteral("frmExtendedInfo"));
     setWindowTitle(QStringLiteral("Mirelo"));
     sizeTwips(this, 11910, 8250);
-    // A narrow sans serif at 8 points, as the captions were measured for; only the line of who
-    // is logged in is in Verdana.
-    QFont plain;
-    plain.setFamilies({QStringLiteral("MS Sans Serif"), QStringLiteral("Liberation Sans"),
-                       QStringLiteral("DejaVu Sans")});
-    plain.setStretch(QFont::SemiCondensed);
-    plain.setPointSizeF(8);
-    setFont(plain);
+    // Only the line of who is logged in names Verdana.
+    setFont(dialogFont());
 
     Image1 = makeControl<QLabel>(this, "Image1");
     placeTwips(Image1, 0, 0, 11910, 8220);
