@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 using namespace mirelo;
@@ -234,7 +235,7 @@ TEST_F(ExtendedInfoTest, the_general_note_saves_on_leaving_and_a_refill_keeps_wh
     EXPECT_TRUE(boxes.empty());
 }
 
-TEST_F(ExtendedInfoTest, once_typed_the_note_saves_at_every_leaving_and_a_failed_write_is_shown) {
+TEST_F(ExtendedInfoTest, once_typed_the_note_saves_at_every_leaving_and_failures_are_shown) {
     store({product("S1_1", "100", "X01", "gammal"), product("S2_1", "200", "Y01", "annan")});
     frmExtendedInfo &screen = open();
     clickRow(screen, 1);
@@ -261,6 +262,13 @@ TEST_F(ExtendedInfoTest, once_typed_the_note_saves_at_every_leaving_and_a_failed
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_EQ(boxes[0].text.substr(0, 2), "5 ");
     EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::None);
+
+    // A file gone from under the screen: the return fails before the screen unloads.
+    std::filesystem::remove(path("data/" + Pnr + ".xml"));
+    QTest::mouseClick(screen.cmdClose, Qt::LeftButton);
+    ASSERT_EQ(boxes.size(), 2u);
+    EXPECT_EQ(boxes[1].text, "-2147220985 Patientens fil saknas.");
+    EXPECT_TRUE(IsLoaded<frmExtendedInfo>());
 }
 
 TEST_F(ExtendedInfoTest, SelectFlexGridID_looks_no_further_than_the_current_row) {
