@@ -1,8 +1,8 @@
 #include "records/medication_overview.h"
 
-#include "core/conversions.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
+#include "records/product_fields.h"
 
 #include <algorithm>
 
@@ -30,32 +30,6 @@ const std::array<GridColumnLayout, Cols> Layout = {{
     {4000, "                       Dosering", LeftCenter, std::nullopt, LeftCenter},
 }};
 
-std::string field(const platform::XmlNode &product, const char *name) {
-    return product.selectSingleNode(name).text();
-}
-
-// Flags are numeric text: an empty or wordy flag fails the fill instead of reading as "no".
-bool flagIsSet(const platform::XmlNode &product, const char *name) {
-    return CInt(field(product, name)) == 1;
-}
-
-std::string displayName(const platform::XmlNode &product) {
-    const std::string name = field(product, "ProductName");
-    const std::string form = field(product, "Form");
-    const std::string strength = field(product, "Str");
-    return name + " " + form + " " + strength + " " + field(product, "CompanyName");
-}
-
-// A package size may be absent; only then is the column empty, an empty size still reads
-// "2 X ".
-std::string packages(const platform::XmlNode &product) {
-    const platform::XmlNode size = product.selectSingleNode("PackageSize");
-    if (size.isNull()) {
-        return {};
-    }
-    return field(product, "NumberOfPackages") + " X " + size.text();
-}
-
 class GridFill {
   public:
     explicit GridFill(MedicationOverview &view) : view_(view) {}
@@ -71,28 +45,30 @@ class GridFill {
         view_.gridRows = std::max(view_.gridRows, row + 1);
 
         GridCell &history = cell(row, HistoryIcon);
-        if (flagIsSet(product, "AllergicHistory")) {
+        if (ProductFlagIsSet(product, "AllergicHistory")) {
             history.picture = image_list1::AllergyHistory;
         }
         // A warning hides a note: the triangle or the N, never both.
         GridCell &warningOrNote = cell(row, WarningOrNoteIcon);
-        if (flagIsSet(product, "Allergic")) {
+        if (ProductFlagIsSet(product, "Allergic")) {
             warningOrNote.picture = image_list1::Warning;
             warning_ = true;
-        } else if (!field(product, "ExtendedMedicalInfo").empty()) {
+        } else if (!ProductField(product, "ExtendedMedicalInfo").empty()) {
             warningOrNote.picture = image_list1::Note;
         }
         GridCell &tick = cell(row, TickBox);
-        tick.picture = flagIsSet(product, "Checked") ? image_list1::Ticked : image_list1::Unticked;
+        tick.picture =
+            ProductFlagIsSet(product, "Checked") ? image_list1::Ticked : image_list1::Unticked;
 
-        writeText(row, Product, [&] { return displayName(product); });
-        writeText(row, Prescribed, [&] { return field(product, "PrescribedTimestamp"); });
-        writeText(row, Repeats, [&] { return field(product, "DispensingRepeatNumber") + " ggr"; });
-        writeText(row, Packages, [&] { return packages(product); });
-        writeText(row, ID, [&] { return field(product, "ID"); });
-        writeText(row, ATC, [&] { return field(product, "ATCcode"); });
-        writeText(row, RegNr, [&] { return field(product, "RegNr"); });
-        writeText(row, Dosage, [&] { return field(product, "UnstructuredDosageAdmin"); });
+        writeText(row, Product, [&] { return ProductDisplayName(product); });
+        writeText(row, Prescribed, [&] { return ProductField(product, "PrescribedTimestamp"); });
+        writeText(row, Repeats,
+                  [&] { return ProductField(product, "DispensingRepeatNumber") + " ggr"; });
+        writeText(row, Packages, [&] { return ProductPackages(product); });
+        writeText(row, ID, [&] { return ProductField(product, "ID"); });
+        writeText(row, ATC, [&] { return ProductField(product, "ATCcode"); });
+        writeText(row, RegNr, [&] { return ProductField(product, "RegNr"); });
+        writeText(row, Dosage, [&] { return ProductField(product, "UnstructuredDosageAdmin"); });
     }
 
     // Two current products of one ATC code stand out in red, whole rows; past products and
@@ -161,7 +137,7 @@ void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview
     // A warning on a past product counts even while past products are not shown.
     if (!grid.warning()) {
         for (const platform::XmlNode &product : past) {
-            if (flagIsSet(product, "Allergic")) {
+            if (ProductFlagIsSet(product, "Allergic")) {
                 grid.noteWarning();
             }
         }

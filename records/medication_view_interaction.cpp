@@ -2,13 +2,10 @@
 
 #include "core/conversions.h"
 #include "records/patient_file.h"
+#include "records/product_fields.h"
 
 namespace mirelo {
 namespace {
-
-std::string field(const platform::XmlNode &product, const char *name) {
-    return product.selectSingleNode(name).text();
-}
 
 std::string numberAndDescription(const MireloError &error) {
     return std::to_string(error.number()) + " " + error.description();
@@ -33,17 +30,17 @@ std::optional<DetailPanel> DetailPanelOnSelChange(const std::string &pnr,
     const platform::XmlNode product =
         patient.selectSingleNode("//Product[ID = \"" + selection.id + "\"]");
     panel.frame1Caption =
-        selection.productText + ", ordinerat av: " + field(product, "PrescribedBy");
-    panel.label12 = field(product, "InsertedBy");
-    panel.label16 = field(product, "InsertedTimestamp");
-    panel.label13 = field(product, "TakenOutBy");
-    panel.label17 = field(product, "TakenOutTimestamp");
-    const bool warning = CBool(field(product, "Allergic"));
+        selection.productText + ", ordinerat av: " + ProductField(product, "PrescribedBy");
+    panel.label12 = ProductField(product, "InsertedBy");
+    panel.label16 = ProductField(product, "InsertedTimestamp");
+    panel.label13 = ProductField(product, "TakenOutBy");
+    panel.label17 = ProductField(product, "TakenOutTimestamp");
+    const bool warning = CBool(ProductField(product, "Allergic"));
     panel.warningLineVisible = warning;
     if (warning) {
         panel.standingButton = ExtendedInfoButton::cmdExtInfo;
     }
-    panel.cmdAllergicHistoryVisible = CInt(field(product, "AllergicHistory")) == 1;
+    panel.cmdAllergicHistoryVisible = ProductFlagIsSet(product, "AllergicHistory");
     panel.markRow = true;
     return panel;
 }

@@ -30,6 +30,14 @@ void pressOnEnter(QWidget *screen, QAbstractButton *button) {
     QObject::connect(enter, &QAction::triggered, button, &QAbstractButton::click);
 }
 
+QFont dialogFont() {
+    QFont font;
+    font.setFamilies({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
+                      QStringLiteral("DejaVu Sans Condensed")});
+    font.setPointSizeF(8.25);
+    return font;
+}
+
 void applyTabOrder(std::initializer_list<std::pair<int, QWidget *>> indexed) {
     std::vector<std::pair<int, QWidget *>> order(indexed);
     std::stable_sort(order.begin(), order.end(),

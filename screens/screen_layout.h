@@ -23,6 +23,10 @@ void sizeTwips(QWidget *screen, int width, int height);
 // Verdana where the machine has it, a plain sans serif where it doesn't.
 QFont verdana(double pointSize, bool bold = false);
 
+// The plain dialog font, MS Sans Serif, where a dialog names no font of its own: its captions and
+// columns were measured in it. Where it is missing, a condensed sans serif of about its width.
+QFont dialogFont();
+
 // Creates a control as a named member: its objectName is its name, so tests and accessibility
 // tools find it.
 template <typename Control, typename... Args>

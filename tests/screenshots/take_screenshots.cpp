@@ -1,10 +1,16 @@
-// Saves pictures of the login screen, the main frame and the medication view (also scrolled), for a
-// review of the look. Works in a temporary application directory with a made-up patient.
+// Saves pictures of the login screen, the main frame, the medication view (also scrolled), the
+// dialogs of notes and warnings and the extended information, for a review of the look. Works in
+// a temporary application directory with a made-up patient.
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
+#include "records/note_records.h"
+#include "screens/frmAllergicExtendedInfo.h"
+#include "screens/frmAllergicHistory.h"
+#include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
+#include "screens/frmMedicalNote.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
 #include "screens/mainApp.h"
@@ -13,6 +19,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QWidget>
@@ -52,6 +60,7 @@ int main(int argc, char **argv) {
     // to reach the next caption of the detail panel.
     support::ProductFields waran;
     waran.id = "S2_1";
+    waran.regNr = "19650101";
     waran.productName = "Waran";
     waran.companyName = "Karo Pharma";
     waran.strength = "2,5 mg";
@@ -59,7 +68,15 @@ int main(int argc, char **argv) {
     waran.allergic = "1";
     waran.insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
     waran.prescribedTimestamp = "2026-11-23T14:30:00";
-    std::vector<support::ProductFields> products{waran};
+    support::ProductFields alvedon;
+    alvedon.id = "S1_0";
+    alvedon.checked = "0";
+    alvedon.regNr = "100002";
+    alvedon.allergicHistory = "1";
+    alvedon.note = "Magbesvär vid högre dos.";
+    alvedon.noteBy = "Dr. Karin Lindqvist";
+    alvedon.noteTimestamp = "2026-02-03 10:15:00";
+    std::vector<support::ProductFields> products{waran, alvedon};
     for (int number = 1; number < 20; ++number) {
         support::ProductFields past;
         past.id = "S1_" + std::to_string(number);
@@ -87,5 +104,43 @@ int main(int argc, char **argv) {
     view.FlexGrid->verticalScrollBar()->setValue(view.FlexGrid->verticalScrollBar()->maximum());
     view.FlexGrid->horizontalScrollBar()->setValue(view.FlexGrid->horizontalScrollBar()->maximum());
     saved = save(frame, target + QStringLiteral("/medication_view_scrolled.png")) && saved;
+
+    SaveAllergicHistory("191212121212", "S2_1", 1,
+                        "Utslag och klåda efter första dosen, bekräftat vid återbesök på "
+                        "vårdcentralen.",
+                        session().gSignature, NoteScreen::MedicalNote);
+    SaveAllergicHistory("191212121212", "S2_1", 0,
+                        "Felaktigt registrerad.\r\nGäller Warfarin Orion.", session().gSignature,
+                        NoteScreen::MedicalNote);
+    SaveMedicalNote("191212121212", "S2_1",
+                    "Utsatt inför operation.\r\nÅterinsätts efter kontroll av PK-värde.", 1,
+                    session().gSignature);
+    frmMedicalNote &note = Screen<frmMedicalNote>();
+    note.ReadPatientFile("S2_1", "191212121212");
+    saved = save(note, target + QStringLiteral("/medical_note.png")) && saved;
+
+    frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
+    reason.txtExtendedMedicalInfo->setPlainText(QStringLiteral("Reaktionen var en biverkan."));
+    saved = save(reason, target + QStringLiteral("/allergy_reason.png")) && saved;
+
+    frmAllergicHistory &history = Screen<frmAllergicHistory>();
+    history.listHistory("191212121212", "19650101", "Waran Tablett 2,5 mg");
+    saved = save(history, target + QStringLiteral("/allergy_history.png")) && saved;
+
+    frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
+    extendedInfo.ReadPatientFolder("191212121212");
+    frame.hideChild(&view);
+    // The product of a row is shown once the pointer has been over the grid.
+    QWidget *cells = extendedInfo.FlexGrid->viewport();
+    const QPoint onSecondRow =
+        extendedInfo.FlexGrid->visualItemRect(extendedInfo.FlexGrid->item(2, 3)).center();
+    QMouseEvent move(QEvent::MouseMove, onSecondRow, cells->mapToGlobal(onSecondRow), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(cells, &move);
+    extendedInfo.FlexGrid->setRow(2);
+    extendedInfo.FlexGrid_SelChange();
+    frame.showChild(&extendedInfo);
+    frame.placeChild(&extendedInfo, 0, 0);
+    saved = save(frame, target + QStringLiteral("/extended_info.png")) && saved;
     return saved ? 0 : 1;
 }
