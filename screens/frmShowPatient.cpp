@@ -8,7 +8,10 @@
 #include "records/medical_list_update.h"
 #include "records/medication_view_interaction.h"
 #include "records/patient_file.h"
+#include "screens/frmAllergicHistory.h"
+#include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
+#include "screens/frmMedicalNote.h"
 #include "screens/mainApp.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
@@ -170,6 +173,10 @@ frmShowPatient::frmShowPatient() {
     connect(chkMode, &QCheckBox::clicked, this, &frmShowPatient::chkMode_Click);
     connect(cmdNyPatient, &QPushButton::clicked, this, &frmShowPatient::cmdNyPatient_Click);
     connect(cmdSend, &QPushButton::clicked, this, &frmShowPatient::cmdSend_Click);
+    connect(cmdNote, &QPushButton::clicked, this, &frmShowPatient::cmdNote_Click);
+    connect(cmdExtInfo, &QToolButton::clicked, this, &frmShowPatient::cmdExtInfo_Click);
+    connect(cmdAllergicHistory, &QPushButton::clicked, this,
+            &frmShowPatient::cmdAllergicHistory_Click);
 
     Form_Load();
     // The list is what the physician works in: it has the focus when the patient opens.
@@ -334,6 +341,10 @@ void frmShowPatient::FlexGrid_MouseDown(int button) {
                                                    FlexGrid->CellPictureAt(pictureRow, mouseCol));
         if (click == GridClick::TakeOut || click == GridClick::PutBack) {
             tickInOrOut(click, mouseRow);
+        } else if (click == GridClick::OpenExtendedInfo) {
+            openExtendedInfoOnCurrentRow();
+        } else if (click == GridClick::OpenAllergyHistory) {
+            openAllergyHistoryOfCurrentRow();
         }
     } catch (const MireloError &error) {
         const platform::MsgBoxRequest box = MouseDownFailureBox(error);
@@ -349,12 +360,62 @@ void frmShowPatient::tickInOrOut(GridClick click, int row) {
     // The document just written is the file: the grid is filled from it without reading the
     // file again.
     showOverview(FillFlexGrid(written, chkMode->isChecked(), FlexGrid->Rows()));
+    // A product taken out gets the note dialog around the reselection, to say why.
+    const bool takenOut = click == GridClick::TakeOut;
+    if (takenOut) {
+        Screen<frmMedicalNote>().ReadPatientFile(id, patient);
+    }
     if (ReselectAfterTick(click, chkMode->isChecked()) == ReselectionAfterTick::ById) {
         SelectFlexGridID(id);
     } else {
         FlexGrid->setRow(1);
         FlexGrid_SelChange();
     }
+    if (takenOut) {
+        Screen<frmMedicalNote>().exec();
+    }
+}
+
+// The N or triangle of a row: the extended information opens on that product, in place of
+// this screen.
+void frmShowPatient::openExtendedInfoOnCurrentRow() {
+    const int row = FlexGrid->Row();
+    const std::string id = FlexGrid->TextMatrix(row, medication_grid::ID).toStdString();
+    SelectFlexGridRow(FlexGrid, row);
+    frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
+    extendedInfo.ReadPatientFolder(pnr());
+    Screen<mainApp>().showChild(&extendedInfo);
+    Screen<mainApp>().hideChild(this);
+    extendedInfo.SelectFlexGridID(id,
+                                  FlexGrid->TextMatrix(row, medication_grid::RegNr).toStdString());
+}
+
+void frmShowPatient::openAllergyHistoryOfCurrentRow() {
+    const int row = FlexGrid->Row();
+    const std::string regNr = FlexGrid->TextMatrix(row, medication_grid::RegNr).toStdString();
+    const std::string name = FlexGrid->TextMatrix(row, medication_grid::Product).toStdString();
+    SelectFlexGridRow(FlexGrid, row);
+    frmAllergicHistory &history = Screen<frmAllergicHistory>();
+    history.listHistory(pnr(), regNr, name);
+    history.show();
+}
+
+// cmdNote and cmdExtInfo: whichever stands on the screen opens the extended information at
+// its first row.
+void frmShowPatient::cmdNote_Click() {
+    frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
+    extendedInfo.ReadPatientFolder(pnr());
+    mainApp &frame = Screen<mainApp>();
+    frame.hideChild(this);
+    frame.placeChild(this, 0, 0);
+    extendedInfo.FlexGrid->setRow(1);
+    extendedInfo.FlexGrid_SelChange();
+    extendedInfo.txtNoteSaved->setText(QString());
+    frame.showChild(&extendedInfo);
+}
+
+void frmShowPatient::cmdAllergicHistory_Click() {
+    openAllergyHistoryOfCurrentRow();
 }
 
 void frmShowPatient::chkMode_Click() {

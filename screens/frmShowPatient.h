@@ -72,8 +72,13 @@ class frmShowPatient : public QWidget {
     void chkMode_Click();
     void cmdNyPatient_Click();
     void cmdSend_Click();
+    void cmdNote_Click();
+    void cmdExtInfo_Click() { cmdNote_Click(); }
+    void cmdAllergicHistory_Click();
 
   private:
+    void openExtendedInfoOnCurrentRow();
+    void openAllergyHistoryOfCurrentRow();
     void showOverview(const MedicationOverview &overview);
     void tickInOrOut(GridClick click, int row);
     std::string pnr() const;

@@ -6,7 +6,10 @@
 #include "platform/file_system.h"
 #include "platform/gui/flex_grid.h"
 #include "prescription_message_builder.h"
+#include "screens/frmAllergicHistory.h"
+#include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
+#include "screens/frmMedicalNote.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
 #include "screens/mainApp.h"
@@ -22,9 +25,11 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMdiArea>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -164,10 +169,20 @@ TEST_F(MedicationViewTest, a_visit_logs_in_finds_the_patient_and_takes_a_product
     EXPECT_EQ(view.FlexGrid->CellPictureAt(1, 2), 1);
     EXPECT_EQ(view.Frame1->title(), "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor Ek");
 
+    // Taking a product out asks for a note on it, after it has been selected where it went.
+    std::string noteAskedFor;
+    QTimer::singleShot(0, [&] {
+        frmMedicalNote &note = Screen<frmMedicalNote>();
+        noteAskedFor = note.isVisible() ? note.ID : "";
+        note.txtExtendedMedicalInfo->setPlainText(QStringLiteral("Yrsel"));
+        note.cmdSave->click();
+    });
     clickCell(view.FlexGrid, 1, 2);
+    EXPECT_EQ(noteAskedFor, "S2_1");
     const auto stored = support::readStoredPatient(path("data/191212121212.xml"));
     const auto taken = stored.selectSingleNode("//Product[ID = \"S2_1\"]");
     EXPECT_EQ(taken.selectSingleNode("Checked").text(), "0");
+    EXPECT_EQ(taken.selectSingleNode("ExtendedMedicalInfo").text(), "Yrsel");
     EXPECT_EQ(taken.selectSingleNode("TakenOutBy").text(), session().gSignature);
     EXPECT_TRUE(
         QRegularExpression(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d$)")
@@ -382,6 +397,41 @@ TEST_F(MedicationViewTest, a_long_signature_stops_at_the_next_caption_and_a_refr
     EXPECT_FALSE(platform::FileExists(path("in/recept.xml")));
     EXPECT_TRUE(view.FlexGrid->selectedRanges().isEmpty());
     EXPECT_TRUE(view.Frame1->title().startsWith("Alvedon"));
+}
+
+TEST_F(MedicationViewTest, the_icons_and_buttons_open_the_notes_and_the_history_of_a_product) {
+    ProductFields waran = product("A_1", "Waran", "B01AA03");
+    waran.allergic = "1";
+    waran.allergicHistory = "1";
+    storePatient("191212121212", {waran, product("B_1", "Alvedon", "N02BE01")});
+    showFrame();
+    search("191212121212");
+    frmShowPatient &view = Screen<frmShowPatient>();
+
+    // The warning icon: the extended information in place of the view. Closing it unloads it.
+    clickCell(view.FlexGrid, 1, 1);
+    EXPECT_TRUE(Screen<frmExtendedInfo>().isVisible());
+    EXPECT_FALSE(view.isVisible());
+    Screen<frmExtendedInfo>().cmdClose_Click();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(view.isVisible());
+
+    // The history icon: the product's records beside the view.
+    clickCell(view.FlexGrid, 1, 0);
+    frmAllergicHistory &history = Screen<frmAllergicHistory>();
+    EXPECT_TRUE(history.isVisible());
+    EXPECT_TRUE(view.isVisible());
+    EXPECT_TRUE(history.Frame1->title().contains(QStringLiteral("Waran")));
+    history.cmdBack_Click();
+
+    // Whichever note button stands on the screen opens the extended information at row 1.
+    QAbstractButton *noteButton =
+        view.cmdNote->isVisible() ? static_cast<QAbstractButton *>(view.cmdNote) : view.cmdExtInfo;
+    noteButton->click();
+    EXPECT_TRUE(Screen<frmExtendedInfo>().isVisible());
+    EXPECT_FALSE(view.isVisible());
+    EXPECT_EQ(Screen<frmExtendedInfo>().FlexGrid->Row(), 1);
+    EXPECT_TRUE(boxes.empty());
 }
 
 } // namespace
