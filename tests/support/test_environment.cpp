@@ -97,4 +97,12 @@ std::string latin1ToUtf8(const std::string &latin1) {
     return utf8;
 }
 
+std::set<std::string> filesIn(const std::string &folder) {
+    std::set<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(folder)) {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
+}
+
 } // namespace mirelo::testing

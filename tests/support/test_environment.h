@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <deque>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ class ApplicationTest : public ::testing::Test {
   private:
     std::string appDir_;
 };
+
+// The names of the files and folders directly under a folder.
+std::set<std::string> filesIn(const std::string &folder);
 
 // Files byte for byte.
 std::string readBytes(const std::string &path);

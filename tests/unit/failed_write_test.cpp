@@ -21,13 +21,7 @@ using mirelo::testing::readBytes;
 
 namespace {
 
-std::set<std::string> filesIn(const std::string &folder) {
-    std::set<std::string> names;
-    for (const auto &entry : std::filesystem::directory_iterator(folder)) {
-        names.insert(entry.path().filename().string());
-    }
-    return names;
-}
+using mirelo::testing::filesIn;
 
 // Every write of a whole file either lands whole or leaves the old file byte for byte, with
 // the box of its failure and no stray file beside it.

@@ -18,13 +18,7 @@ using mirelo::testing::ProcessEnded;
 
 namespace {
 
-std::set<std::string> filesIn(const std::string &folder) {
-    std::set<std::string> names;
-    for (const auto &entry : std::filesystem::directory_iterator(folder)) {
-        names.insert(entry.path().filename().string());
-    }
-    return names;
-}
+using mirelo::testing::filesIn;
 
 class InboxScanTest : public mirelo::testing::ApplicationTest {
   protected:
