@@ -120,9 +120,32 @@ std::string SaveDataPath(const std::string &txtPath) {
         path += '/';
     }
     document.selectSingleNode("//DataPath").setText(path);
-    session().gDataPath = path;
+    // The folder counts only once it is stored: a failed save leaves the session where the
+    // file still points.
     document.save(SettingsFilePath());
+    session().gDataPath = path;
     return path;
+}
+
+ChosenFolder TakeChosenFolder(const std::string &path) {
+    ChosenFolder chosen;
+    try {
+        if (!platform::FolderExists(path)) {
+            platform::CreateFolder(path);
+        }
+    } catch (const MireloError &error) {
+        chosen.failure = error;
+    }
+    chosen.txtPath = !path.empty() && path.back() == '/' ? path : path + '/';
+    return chosen;
+}
+
+std::string SaveDataPathFailureText(const MireloError &error) {
+    if (error.number() == errors::SettingsDamaged) {
+        return error.description();
+    }
+    return "Kontakta support och ange följande fel: " + std::to_string(error.number()) + " " +
+           error.description();
 }
 
 std::string StartupFailureText(const MireloError &error) {

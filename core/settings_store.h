@@ -2,6 +2,7 @@
 
 #include "core/mirelo_error.h"
 
+#include <optional>
 #include <string>
 
 namespace mirelo {
@@ -35,6 +36,19 @@ void StartSession(const std::string &username, const std::string &password,
 // The settings dialog's OK: creates the folder if needed, stores it with a trailing separator
 // and makes it the data folder at once. Gives the text the path box is to show.
 std::string SaveDataPath(const std::string &txtPath);
+
+// The settings dialog's report of a failed OK: a damaged settings file speaks for itself,
+// anything else, such as a folder that can't be made, gives its number for support.
+std::string SaveDataPathFailureText(const MireloError &error);
+
+// The folder picker's choice, ready for the path box: made when it isn't there yet, and given a
+// trailing separator. A failure doesn't stop the steps after it; it comes back for the dialog to
+// report once, at the end.
+struct ChosenFolder {
+    std::string txtPath;
+    std::optional<MireloError> failure;
+};
+ChosenFolder TakeChosenFolder(const std::string &path);
 
 // The text the login screen shows before ending the process when CheckSettingsFile fails:
 // a damaged file speaks for itself, anything else also gives its number.

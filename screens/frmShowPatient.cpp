@@ -12,6 +12,7 @@
 #include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
 #include "screens/frmMedicalNote.h"
+#include "screens/frmPatInfo.h"
 #include "screens/mainApp.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
@@ -171,6 +172,7 @@ frmShowPatient::frmShowPatient() {
     connect(FlexGrid, &platform::FlexGrid::MouseDown, this,
             [this](int button) { FlexGrid_MouseDown(button); });
     connect(chkMode, &QCheckBox::clicked, this, &frmShowPatient::chkMode_Click);
+    connect(cmdPatInfo, &QPushButton::clicked, this, &frmShowPatient::cmdPatInfo_Click);
     connect(cmdNyPatient, &QPushButton::clicked, this, &frmShowPatient::cmdNyPatient_Click);
     connect(cmdSend, &QPushButton::clicked, this, &frmShowPatient::cmdSend_Click);
     connect(cmdNote, &QPushButton::clicked, this, &frmShowPatient::cmdNote_Click);
@@ -431,6 +433,13 @@ void frmShowPatient::chkMode_Click() {
             cmdNyPatient_Click();
         }
     }
+}
+
+// A file that can't be read here is not caught: the platform's own report ends the process.
+void frmShowPatient::cmdPatInfo_Click() {
+    frmPatInfo &details = Screen<frmPatInfo>();
+    details.ReadPatientFile(pnr());
+    details.exec();
 }
 
 void frmShowPatient::cmdNyPatient_Click() {

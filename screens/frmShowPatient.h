@@ -70,6 +70,7 @@ class frmShowPatient : public QWidget {
     void SelectFlexGridRow(platform::FlexGrid *grid, int row);
     void SelectFlexGridID(const std::string &id);
     void chkMode_Click();
+    void cmdPatInfo_Click();
     void cmdNyPatient_Click();
     void cmdSend_Click();
     void cmdNote_Click();

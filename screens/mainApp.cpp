@@ -3,7 +3,9 @@
 #include "platform/browser.h"
 #include "platform/message_box.h"
 #include "platform/process_end.h"
+#include "screens/frmAbout.h"
 #include "screens/frmMain.h"
+#include "screens/frmSettings.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
 #include "screens/screen_instance.h"
@@ -45,6 +47,7 @@ void mainApp::buildMenu() {
     Settings = File->addAction(QStringLiteral("&Inställningar"));
     Settings->setObjectName(QStringLiteral("Settings"));
     Settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+    connect(Settings, &QAction::triggered, this, &mainApp::Settings_Click);
     space = File->addSeparator();
     space->setObjectName(QStringLiteral("space"));
     Exit = File->addAction(QStringLiteral("&Avsluta"));
@@ -57,6 +60,7 @@ void mainApp::buildMenu() {
     About = Help->addAction(QStringLiteral("&Om Mirelo"));
     About->setObjectName(QStringLiteral("About"));
     About->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    connect(About, &QAction::triggered, this, &mainApp::About_Click);
 }
 
 void mainApp::MDIForm_Load() {
@@ -152,6 +156,19 @@ void mainApp::Exit_Click() {
     // Nothing is left to unload after a No, and after a Yes the process has ended; the step
     // stays, as it always was.
     Unload<frmSplash>();
+}
+
+// The inbox timer goes on ticking behind both dialogs; a scan uses the data folder of its moment.
+void mainApp::Settings_Click() {
+    frmSettings &settings = Screen<frmSettings>();
+    centreOnOwner(&settings, this);
+    settings.exec();
+}
+
+void mainApp::About_Click() {
+    frmAbout &about = Screen<frmAbout>();
+    centreOnOwner(&about, this);
+    about.exec();
 }
 
 void mainApp::Timer1_Timer() {

@@ -39,6 +39,8 @@ class mainApp : public QMainWindow {
     bool MDIForm_QueryUnload();
     [[noreturn]] void MDIForm_Unload();
     void Exit_Click();
+    void Settings_Click();
+    void About_Click();
     void Timer1_Timer();
 
     int16_t tickCount() const { return inbox_.tickCount(); }

@@ -22,6 +22,10 @@ QFont verdana(double pointSize, bool bold) {
     return font;
 }
 
+void centreOnOwner(QWidget *dialog, const QWidget *owner) {
+    dialog->move(owner->frameGeometry().center() - dialog->rect().center());
+}
+
 void pressOnEnter(QWidget *screen, QAbstractButton *button) {
     auto *enter = new QAction(screen);
     enter->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});

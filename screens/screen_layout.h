@@ -36,6 +36,9 @@ Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
     return control;
 }
 
+// Puts a dialog in the middle of the window it belongs to.
+void centreOnOwner(QWidget *dialog, const QWidget *owner);
+
 // Enter anywhere on the screen presses the button, as the default button of a dialog is
 // pressed; the child screens of the frame are no dialogs, so Qt's own default does nothing.
 void pressOnEnter(QWidget *screen, QAbstractButton *button);

@@ -1,5 +1,7 @@
 #include "gui_application.h"
 
+#include "platform/gui/mirelo_application.h"
+
 #include <QApplication>
 
 namespace mirelo::testing {
@@ -15,7 +17,9 @@ void ensureGuiApplication() {
         static char *argv[] = {name, nullptr};
         // The browser shares the application's OpenGL contexts; this must precede the application.
         QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-        new QApplication(argc, argv);
+        // The program's own application: a failure no handler catches ends the process with the
+        // platform's report, as it does for the user.
+        new platform::MireloApplication(argc, argv);
     }
 }
 

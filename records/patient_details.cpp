@@ -1,0 +1,22 @@
+#include "records/patient_details.h"
+
+#include "platform/file_system.h"
+#include "records/patient_file.h"
+
+namespace mirelo {
+
+PatientDetails ReadPatientDetails(const std::string &pnr) {
+    const platform::XmlDocument patient =
+        ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path);
+    const auto field = [&patient](const char *name) {
+        return patient.selectSingleNode(std::string("//Patient/PatientData/") + name).text();
+    };
+    PatientDetails details;
+    details.txtPnr = field("Pnr");
+    details.txtName = field("FirstGivenName") + " " + field("FamilyName");
+    details.txtAddress = field("StreetName");
+    details.txtZipCity = field("PostalCode") + " " + field("City");
+    return details;
+}
+
+} // namespace mirelo

@@ -1,0 +1,92 @@
+#include "screens/frmSettings.h"
+
+#include "core/application_context.h"
+#include "core/settings_store.h"
+#include "platform/gui/folder_picker.h"
+#include "platform/message_box.h"
+#include "screens/screen_instance.h"
+#include "screens/screen_layout.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace mirelo::screens {
+namespace {
+
+QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
+                        int top) {
+    auto *button = makeControl<QPushButton>(parent, name, caption);
+    placeTwips(button, left, top, 1215, 285);
+    button->setFont(verdana(8.25));
+    QPalette palette = button->palette();
+    palette.setColor(QPalette::Button, QColor(0xE0, 0xE0, 0xE0));
+    button->setPalette(palette);
+    button->setAutoDefault(false);
+    return button;
+}
+
+} // namespace
+
+frmSettings::frmSettings()
+    : QDialog(nullptr, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                           Qt::WindowCloseButtonHint) {
+    setObjectName(QStringLiteral("frmSettings"));
+    setWindowTitle(QStringLiteral("Mirelo Inställningar"));
+    setModal(true);
+    sizeTwips(this, 5085, 1785);
+
+    txtPath = makeControl<QLineEdit>(this, "txtPath");
+    placeTwips(txtPath, 120, 480, 4815, 285);
+    cmdBrowse = makeButton(this, "cmdBrowse", QStringLiteral("Bläddra"), 3720, 840);
+    OKButton = makeButton(this, "OKButton", QStringLiteral("OK"), 3720, 1320);
+    OKButton->setDefault(true);
+    Label2 = makeControl<QLabel>(this, "Label2", QStringLiteral("Sökväg till patientkatalog:"));
+    placeTwips(Label2, 120, 240, 2775, 255);
+    Label2->setFont(verdana(8.25));
+    CancelButton = makeButton(this, "CancelButton", QStringLiteral("Avbryt"), 2400, 1320);
+    applyTabOrder({{0, txtPath}, {1, cmdBrowse}, {2, OKButton}, {4, CancelButton}});
+
+    connect(cmdBrowse, &QPushButton::clicked, this, &frmSettings::cmdBrowse_Click);
+    connect(OKButton, &QPushButton::clicked, this, &frmSettings::OKButton_Click);
+    connect(CancelButton, &QPushButton::clicked, this, &frmSettings::CancelButton_Click);
+    Form_Load();
+}
+
+void frmSettings::Form_Load() {
+    txtPath->setText(QString::fromStdString(session().gDataPath));
+}
+
+// The picker only fills the box; nothing is stored before OK.
+void frmSettings::cmdBrowse_Click() {
+    const std::optional<std::string> folder = platform::BrowseForFolder(this, "Välj en katalog");
+    if (!folder) {
+        return;
+    }
+    const ChosenFolder chosen = TakeChosenFolder(*folder);
+    txtPath->setText(QString::fromStdString(chosen.txtPath));
+    if (chosen.failure) {
+        platform::MsgBox("Välj korrekt sökväg till en katalog. " + chosen.failure->description());
+    }
+}
+
+void frmSettings::OKButton_Click() {
+    try {
+        if (txtPath->text().isEmpty()) {
+            // No failure has come before this box: the description that follows is empty.
+            platform::MsgBox("Det måste finnas en sökväg till datakatalogen. ");
+            return;
+        }
+        txtPath->setText(QString::fromStdString(SaveDataPath(txtPath->text().toStdString())));
+    } catch (const MireloError &error) {
+        platform::MsgBox(SaveDataPathFailureText(error), platform::MsgBoxButtons::OK,
+                         platform::MsgBoxIcon::Stop, "Mirelo");
+    }
+    Unload<frmSettings>();
+}
+
+void frmSettings::CancelButton_Click() {
+    Unload<frmSettings>();
+}
+
+} // namespace mirelo::screens
