@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Saves PNG pictures of the login screen, the main frame, the medication view and the dialogs of
-# notes, warnings and their history into out/screenshots (or the folder given), drawn off screen.
+# Saves PNG pictures of the login screen, the main frame, the medication view and every dialog
+# into out/screenshots (or the folder given), drawn off screen.
 set -euo pipefail
 here="$(cd "$(dirname "$0")/.." && pwd)"
 target="${1:-$here/out/screenshots}"

@@ -1,16 +1,20 @@
 // Saves pictures of the login screen, the main frame, the medication view (also scrolled), the
-// dialogs of notes and warnings and the extended information, for a review of the look. Works in
-// a temporary application directory with a made-up patient.
+// dialogs of notes and warnings, the extended information, the patient details, About and the
+// settings, for a review of the look. Works in a temporary application directory with a made-up
+// patient.
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
 #include "records/note_records.h"
 #include "screens/frmAllergicExtendedInfo.h"
+#include "screens/frmAbout.h"
 #include "screens/frmAllergicHistory.h"
 #include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
 #include "screens/frmMedicalNote.h"
+#include "screens/frmPatInfo.h"
+#include "screens/frmSettings.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
 #include "screens/mainApp.h"
@@ -142,5 +146,11 @@ int main(int argc, char **argv) {
     frame.showChild(&extendedInfo);
     frame.placeChild(&extendedInfo, 0, 0);
     saved = save(frame, target + QStringLiteral("/extended_info.png")) && saved;
+
+    frmPatInfo &details = Screen<frmPatInfo>();
+    details.ReadPatientFile("191212121212");
+    saved = save(details, target + QStringLiteral("/patient_details.png")) && saved;
+    saved = save(Screen<frmAbout>(), target + QStringLiteral("/about.png")) && saved;
+    saved = save(Screen<frmSettings>(), target + QStringLiteral("/settings.png")) && saved;
     return saved ? 0 : 1;
 }
