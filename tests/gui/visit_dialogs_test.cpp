@@ -7,6 +7,7 @@
 #include "prescription_message_builder.h"
 #include "screens/frmAbout.h"
 #include "screens/frmMain.h"
+#include "screens/frmMedicalNote.h"
 #include "screens/frmPatInfo.h"
 #include "screens/frmSettings.h"
 #include "screens/frmShowPatient.h"
@@ -46,6 +47,7 @@ class VisitDialogsTest : public support::ApplicationTest {
     }
     void TearDown() override {
         Unload<frmPatInfo>();
+        Unload<frmMedicalNote>();
         Unload<frmAbout>();
         Unload<frmSettings>();
         Unload<frmShowPatient>();
@@ -332,11 +334,22 @@ TEST_F(VisitDialogsTest, a_new_patient_gets_a_fresh_view_with_past_products_show
     first.chkMode->click();
     ASSERT_FALSE(first.chkMode->isChecked());
 
+    // Past products hidden, the top one taken out: the note is asked of it, though its row went.
+    std::string noteOn;
+    whileOpen<frmMedicalNote>([&noteOn](frmMedicalNote &note) {
+        noteOn = note.ID;
+        note.cmdSave->click();
+    });
+    const QRect tickBox = first.FlexGrid->visualItemRect(first.FlexGrid->item(1, 2));
+    QTest::mouseClick(first.FlexGrid->viewport(), Qt::LeftButton, {}, tickBox.center());
+    EXPECT_EQ(noteOn, "S0_1");
+    EXPECT_EQ(first.FlexGrid->TextMatrix(1, 7), "S1_1");
+
     QTest::mouseClick(first.cmdNyPatient, Qt::LeftButton);
     unloadNow();
     EXPECT_FALSE(IsLoaded<frmShowPatient>());
     EXPECT_TRUE(Screen<frmMain>().isVisible());
-    EXPECT_EQ(QApplication::focusWidget(), Screen<frmMain>().txtSearch);
+    EXPECT_EQ(Screen<mainApp>().focusWidget(), Screen<frmMain>().txtSearch);
 
     frmShowPatient &next = openPatient("202002022222");
     EXPECT_TRUE(next.chkMode->isChecked());
