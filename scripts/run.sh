@@ -9,11 +9,12 @@ install_dir="$here/out/mirelo"
 
 bash "$here/scripts/install-deps.sh"
 cmake -S "$here" -B "$here/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$here/build" -j"$(nproc)" --target mirelo korvalo
+cmake --build "$here/build" -j"$(nproc)" --target mirelo mirelo-browser korvalo
 
-# An installation: the program with in/ and data/ beside it.
+# An installation: the program and its hand-over browser with in/ and data/ beside them.
 mkdir -p "$install_dir/in" "$install_dir/data" "$install_dir/System"
 cp "$here/build/app/mirelo" "$install_dir/mirelo"
+cp "$here/build/browser/mirelo-browser" "$install_dir/mirelo-browser"
 
 # As an installer would: point a new installation at the service, never overwrite settings.
 settings="$install_dir/System/Settings.xml"
