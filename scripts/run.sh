@@ -9,11 +9,12 @@ install_dir="$here/out/mirelo"
 
 bash "$here/scripts/install-deps.sh"
 cmake -S "$here" -B "$here/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$here/build" -j"$(nproc)" --target mirelo korvalo
+cmake --build "$here/build" -j"$(nproc)" --target mirelo mirelo-browser korvalo
 
-# An installation: the program with in/ and data/ beside it.
+# An installation: the program and its hand-over browser with in/ and data/ beside them.
 mkdir -p "$install_dir/in" "$install_dir/data" "$install_dir/System"
 cp "$here/build/app/mirelo" "$install_dir/mirelo"
+cp "$here/build/browser/mirelo-browser" "$install_dir/mirelo-browser"
 
 # As an installer would: point a new installation at the service, never overwrite settings.
 settings="$install_dir/System/Settings.xml"
@@ -36,6 +37,11 @@ fi
 "$here/build/korvalo/korvalo" --port "$port" --inbox "$install_dir/in" &
 korvalo_pid=$!
 trap 'kill "$korvalo_pid" 2>/dev/null || true; wait "$korvalo_pid" 2>/dev/null || true' EXIT
+
+# The browser's own sandbox refuses to start for the superuser, as a fresh machine's user often is.
+if [ "$(id -u)" -eq 0 ]; then
+  export QTWEBENGINE_DISABLE_SANDBOX=1
+fi
 
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
   echo "No display found: starting Mirelo under a virtual X server." >&2

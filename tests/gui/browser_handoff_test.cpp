@@ -1,3 +1,4 @@
+#include "browser_processes.h"
 #include "closed_port.h"
 #include "core/application_context.h"
 #include "exchange/browser_handoff.h"
@@ -5,16 +6,12 @@
 #include "form_page_server.h"
 #include "gui_application.h"
 #include "patient_file_builder.h"
-#include "platform/browser.h"
-#include "platform/gui/web_browser.h"
+#include "platform/process_browser.h"
 #include "test_environment.h"
 
-#include <QApplication>
-#include <QPointer>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
-#include <QWebEnginePage>
-#include <QWebEngineProfile>
-#include <QWebEngineView>
 #include <gtest/gtest.h>
 
 using namespace mirelo;
@@ -30,38 +27,27 @@ class BrowserHandoffTest : public support::ApplicationTest {
     void SetUp() override {
         ApplicationTest::SetUp();
         support::ensureGuiApplication();
-        platform::installWebBrowser();
         session().gServer = pages.baseUrl();
         session().gInitXmlUrl = "/handover";
         session().gUsername = "demo";
         session().gPassword = "hemligt <&> lösen \"1\"";
     }
 
-    void TearDown() override {
-        for (QWebEngineView *view : browsers()) {
-            view->close();
-        }
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        platform::setBrowserFactory({});
-        ApplicationTest::TearDown();
-    }
-
-    // The post of the browser arrives after the hand-off has let go, while events run.
+    // The post of the browser arrives after the hand-off has let go.
     bool waitForPost() {
         return QTest::qWaitFor([this] { return pages.postsReceived() > 0; }, 20000);
     }
 
-    static std::vector<QWebEngineView *> browsers() {
-        std::vector<QWebEngineView *> views;
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (auto *view = qobject_cast<QWebEngineView *>(window)) {
-                views.push_back(view);
-            }
-        }
-        return views;
+    // The browser's window as the physician finds it after the hand-off.
+    void expectShownMaximizedAndOffTheRecord(std::size_t browser) {
+        const QJsonObject window = browsers.status(browser);
+        EXPECT_TRUE(window.value("visible").toBool());
+        EXPECT_TRUE(window.value("maximized").toBool());
+        EXPECT_TRUE(window.value("offTheRecord").toBool());
     }
 
     support::FormPageServer pages;
+    support::BrowserProcesses browsers;
 };
 
 TEST_F(BrowserHandoffTest, a_patient_is_posted_exactly_as_built_and_the_browser_becomes_the_users) {
@@ -93,21 +79,8 @@ TEST_F(BrowserHandoffTest, a_patient_is_posted_exactly_as_built_and_the_browser_
               "Tas med mat & vatten <morgon>");
     EXPECT_EQ(pages.wrongFormPosts(), 0);
     EXPECT_TRUE(boxes.empty());
-
-    const std::vector<QWebEngineView *> views = browsers();
-    ASSERT_EQ(views.size(), 1u);
-    EXPECT_TRUE(views[0]->isVisible());
-    EXPECT_TRUE(views[0]->windowState().testFlag(Qt::WindowMaximized));
-    QPointer<QWebEngineProfile> profile = views[0]->page()->profile();
-    EXPECT_TRUE(profile->isOffTheRecord());
-
-    // Closing the browser frees it, its page and its profile, and nothing else happens.
-    views[0]->close();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(browsers().empty());
-    EXPECT_TRUE(profile.isNull());
-    EXPECT_TRUE(boxes.empty());
+    ASSERT_EQ(browsers.started(), 1u);
+    expectShownMaximizedAndOffTheRecord(0);
 }
 
 TEST_F(BrowserHandoffTest, a_number_without_a_file_is_posted_in_PrescriberInfo_alone) {
@@ -120,8 +93,8 @@ TEST_F(BrowserHandoffTest, a_number_without_a_file_is_posted_in_PrescriberInfo_a
     EXPECT_EQ(received.documentElement().childNodes().size(), 1u);
     EXPECT_EQ(received.selectSingleNode("/Patient/PrescriberInfo/Pnr").text(), "191212121212");
     EXPECT_TRUE(boxes.empty());
-    ASSERT_EQ(browsers().size(), 1u);
-    EXPECT_TRUE(browsers()[0]->windowState().testFlag(Qt::WindowMaximized));
+    ASSERT_EQ(browsers.started(), 1u);
+    expectShownMaximizedAndOffTheRecord(0);
 }
 
 TEST_F(BrowserHandoffTest, the_login_fields_go_into_the_form_named_Login) {
@@ -139,8 +112,9 @@ TEST_F(BrowserHandoffTest, the_login_fields_go_into_the_form_named_Login) {
     EXPECT_TRUE(boxes.empty());
 }
 
-TEST_F(BrowserHandoffTest,
-       a_page_without_the_form_or_field_and_a_closed_port_give_the_connection_box) {
+TEST_F(
+    BrowserHandoffTest,
+    a_page_without_the_form_a_closed_port_and_a_browser_that_never_comes_give_the_connection_box) {
     session().gInitXmlUrl = "/without-field";
     SubmitPrescriptionXML(CreatePrescriptionXML(nullptr, "1912"));
     SubmitPatientPnr("1912");
@@ -149,8 +123,14 @@ TEST_F(BrowserHandoffTest,
     const support::ClosedPort closed;
     session().gServer = closed.baseUrl();
     SubmitPrescriptionXML(CreatePrescriptionXML(nullptr, "1912"));
+    // An executable that ends at once without ever answering, as a broken installation would.
+    platform::setBrowserFactory([] {
+        return platform::makeProcessBrowser(
+            std::make_shared<platform::BrowserChannel>("/bin/true"));
+    });
+    SubmitPatientPnr("1912");
 
-    ASSERT_EQ(boxes.size(), 4u);
+    ASSERT_EQ(boxes.size(), 5u);
     for (const platform::MsgBoxRequest &box : boxes) {
         EXPECT_EQ(box.text, ConnectionBox);
         EXPECT_EQ(box.icon, platform::MsgBoxIcon::Stop);
@@ -159,6 +139,53 @@ TEST_F(BrowserHandoffTest,
     }
     EXPECT_EQ(pages.postsReceived(), 0);
     EXPECT_EQ(pages.wrongFormPosts(), 0);
+}
+
+TEST_F(BrowserHandoffTest, the_browser_lives_on_when_mirelo_ends_and_keeps_the_password_to_itself) {
+    const std::string password = "Pw-hemligt-91";
+    // The browser inherits its home from Mirelo; here it is inside the test's folder, so a
+    // profile written to disk would be found below.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
+        environment.insert(variable, QString::fromStdString(path("home")));
+    }
+    QProcess mirelo;
+    mirelo.setProcessEnvironment(environment);
+    mirelo.setProcessChannelMode(QProcess::MergedChannels);
+    mirelo.start(MIRELO_HANDOFF_THEN_END_BINARY,
+                 {QString::fromStdString(appDir()), QString::fromStdString(pages.baseUrl()),
+                  QStringLiteral("/handover"), QString::fromStdString(password)});
+    ASSERT_TRUE(mirelo.waitForFinished(60000));
+    EXPECT_EQ(mirelo.exitStatus(), QProcess::NormalExit);
+    const std::string printed = mirelo.readAllStandardOutput().toStdString();
+    const QRegularExpressionMatch line =
+        QRegularExpression("^browser (\\d+)$", QRegularExpression::MultilineOption)
+            .match(QString::fromStdString(printed));
+    ASSERT_TRUE(line.hasMatch()) << printed;
+    const pid_t browser = line.captured(1).toInt();
+    // Whatever else happens, the browser this test caused ends with it.
+    struct Ending {
+        pid_t pid;
+        ~Ending() { support::endBrowserProcess(pid); }
+    } ending{browser};
+    EXPECT_EQ(printed.find("\nbox "), std::string::npos) << printed;
+
+    ASSERT_TRUE(waitForPost());
+    // Calls from the page shown in the browser go on arriving after Mirelo has ended.
+    const int callsWhenMireloEnded = pages.alivePings();
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return pages.alivePings() > callsWhenMireloEnded + 2; }, 20000));
+    EXPECT_TRUE(platform::processRunning(browser));
+
+    // The password reached the page, through the channel alone.
+    EXPECT_NE(pages.lastPost().at("txtXml").find(password), std::string::npos);
+    const std::string process = "/proc/" + std::to_string(browser);
+    const std::string commandLine = support::readBytes(process + "/cmdline");
+    EXPECT_NE(commandLine.find("mirelo-browser"), std::string::npos);
+    EXPECT_EQ(commandLine.find(password), std::string::npos);
+    EXPECT_EQ(support::readBytes(process + "/environ").find(password), std::string::npos);
+    EXPECT_EQ(printed.find(password), std::string::npos);
+    EXPECT_TRUE(support::filesHolding(appDir(), password).empty());
 }
 
 } // namespace

@@ -1,10 +1,10 @@
+#include "browser_processes.h"
 #include "core/application_context.h"
 #include "gui_application.h"
 #include "korvalo_process.h"
 #include "patient_file_builder.h"
 #include "platform/file_system.h"
 #include "platform/gui/flex_grid.h"
-#include "platform/gui/web_browser.h"
 #include "screens/frmMain.h"
 #include "screens/frmShowPatient.h"
 #include "screens/frmSplash.h"
@@ -14,13 +14,9 @@
 #include "test_environment.h"
 
 #include <QApplication>
-#include <QEventLoop>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <QWebEnginePage>
-#include <QWebEngineProfile>
-#include <QWebEngineView>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -35,14 +31,8 @@ class WholePrescriptionTest : public support::ApplicationTest {
     void SetUp() override {
         ApplicationTest::SetUp();
         support::ensureGuiApplication();
-        platform::installWebBrowser();
     }
     void TearDown() override {
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (qobject_cast<QWebEngineView *>(window)) {
-                window->close();
-            }
-        }
         Unload<frmShowPatient>();
         Unload<frmMain>();
         Unload<mainApp>();
@@ -50,24 +40,9 @@ class WholePrescriptionTest : public support::ApplicationTest {
         ApplicationTest::TearDown();
     }
 
-    static QWebEngineView *shownBrowser() {
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (auto *view = qobject_cast<QWebEngineView *>(window); view && view->isVisible()) {
-                return view;
-            }
-        }
-        return nullptr;
-    }
-
-    static QVariant runScript(QWebEngineView *browser, const QString &script) {
-        QEventLoop wait;
-        QVariant answer;
-        browser->page()->runJavaScript(script, [&](const QVariant &result) {
-            answer = result;
-            wait.quit();
-        });
-        wait.exec();
-        return answer;
+    // Mirelo's process never loads the browser engine: only the browser's own process does.
+    static bool browserEngineMapped() {
+        return support::readBytes("/proc/self/maps").find("WebEngine") != std::string::npos;
     }
 
     // Waits, a bounded number of times, for something the service or the browser does.
@@ -108,18 +83,20 @@ TEST_F(WholePrescriptionTest, a_product_prescribed_on_the_service_page_stands_fi
     QTest::keyClicks(splash.txtPassword, "demo123");
     QTest::keyClick(splash.txtPassword, Qt::Key_Return);
     ASSERT_TRUE(IsLoaded<mainApp>());
+    EXPECT_FALSE(browserEngineMapped());
     mainApp &frame = Screen<mainApp>();
     QTest::keyClicks(Screen<frmMain>().txtSearch, "191212121212");
     QTest::keyClick(Screen<frmMain>().txtSearch, Qt::Key_Return);
     frmShowPatient &view = Screen<frmShowPatient>();
     ASSERT_TRUE(view.isVisible());
 
+    support::BrowserProcesses browsers;
     view.cmdSend->click();
-    QWebEngineView *browser = shownBrowser();
-    ASSERT_NE(browser, nullptr);
+    ASSERT_EQ(browsers.started(), 1u);
+    EXPECT_TRUE(browsers.status(0).value("visible").toBool());
     ASSERT_TRUE(
-        eventually([&] { return runScript(browser, "!!document.forms['Prescribe']").toBool(); }));
-    runScript(browser, "document.querySelector('input[name=vnr][value=\"146712\"]').checked = true;"
+        eventually([&] { return browsers.script(0, "!!document.forms['Prescribe']").toBool(); }));
+    browsers.script(0, "document.querySelector('input[name=vnr][value=\"146712\"]').checked = true;"
                        "document.forms['Prescribe'].submit(); true");
     ASSERT_TRUE(eventually([&] { return inboxHoldsAMessage(); }));
 
@@ -140,7 +117,8 @@ TEST_F(WholePrescriptionTest, a_product_prescribed_on_the_service_page_stands_fi
     korvalo.stop();
     EXPECT_EQ(korvalo.output().find("demo123"), std::string::npos);
     EXPECT_TRUE(support::filesHolding(appDir(), "demo123").empty());
-    EXPECT_TRUE(browser->page()->profile()->isOffTheRecord());
+    EXPECT_TRUE(browsers.status(0).value("offTheRecord").toBool());
+    EXPECT_FALSE(browserEngineMapped());
 }
 
 } // namespace

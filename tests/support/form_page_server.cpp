@@ -22,7 +22,9 @@ const char *const LoginPage = R"(<!DOCTYPE html><html><body>
 <input name="txtVersion"><input name="txtPatientPnr"></form>
 </body></html>)";
 
-const char *const Receipt = "<!DOCTYPE html><html><body><p>Mottaget</p></body></html>";
+// The page after a post keeps calling back for as long as it lives in a browser.
+const char *const Receipt = R"(<!DOCTYPE html><html><body><p>Mottaget</p>
+<script>setInterval(function() { fetch('/alive'); }, 200);</script></body></html>)";
 
 } // namespace
 
@@ -50,6 +52,13 @@ FormPageServer::FormPageServer() : server_(std::make_unique<httplib::Server>()) 
                       }
                       response.set_content(Receipt, "text/html; charset=utf-8");
                   });
+    server_->Get("/alive", [this](const httplib::Request &, httplib::Response &response) {
+        {
+            const std::lock_guard lock(mutex_);
+            ++alivePings_;
+        }
+        response.set_content("", "text/plain");
+    });
     server_->Post("/wrong-form", [this](const httplib::Request &, httplib::Response &response) {
         {
             const std::lock_guard lock(mutex_);
@@ -85,6 +94,11 @@ int FormPageServer::postsReceived() const {
 FormPageServer::Fields FormPageServer::lastPost() const {
     const std::lock_guard lock(mutex_);
     return lastPost_;
+}
+
+int FormPageServer::alivePings() const {
+    const std::lock_guard lock(mutex_);
+    return alivePings_;
 }
 
 int FormPageServer::wrongFormPosts() const {

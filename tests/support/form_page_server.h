@@ -19,7 +19,9 @@ namespace mirelo::testing {
 // - /without-field: a first form without txtXml;
 // - /login: a first form that isn't the one, then the form named Login with txtUsername,
 //   txtPassword, txtPath, txtVersion and txtPatientPnr, posting to /received.
-// Every post to /received is kept: the fields of the last one by name, and a count.
+// Every post to /received is kept: the fields of the last one by name, and a count. The page
+// answering a post calls /alive a few times a second while a browser shows it; those calls
+// are counted.
 class FormPageServer {
   public:
     using Fields = std::map<std::string, std::string>;
@@ -33,6 +35,7 @@ class FormPageServer {
     int postsReceived() const;
     Fields lastPost() const;
     int wrongFormPosts() const;
+    int alivePings() const;
 
   private:
     std::unique_ptr<httplib::Server> server_;
@@ -41,6 +44,7 @@ class FormPageServer {
     mutable std::mutex mutex_;
     int posts_ = 0;
     int wrongFormPosts_ = 0;
+    int alivePings_ = 0;
     Fields lastPost_;
 };
 

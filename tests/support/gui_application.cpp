@@ -8,15 +8,13 @@ namespace mirelo::testing {
 
 void ensureGuiApplication() {
     if (QApplication::instance() == nullptr) {
-        // Widgets are real but drawn off screen; the browser's own sandbox refuses to run as
-        // root, which the test machines are.
+        // Widgets are real but drawn off screen; the browser processes the tests start inherit
+        // this, and their sandbox refuses to run as root, which the test machines are.
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
         static int argc = 1;
         static char name[] = "mirelo-tests";
         static char *argv[] = {name, nullptr};
-        // The browser shares the application's OpenGL contexts; this must precede the application.
-        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
         // The program's own application: a failure no handler catches ends the process with the
         // platform's report, as it does for the user.
         new platform::MireloApplication(argc, argv);
