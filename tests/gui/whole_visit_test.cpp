@@ -156,8 +156,8 @@ TEST_F(WholeVisitTest, a_visit_runs_through_the_screens_and_leaves_exactly_its_m
 
     // Its history, beside the view, from the panel of the row selected again.
     const int takenOut = view.FlexGrid->Row();
-    const QRect name = view.FlexGrid->visualItemRect(view.FlexGrid->item(takenOut, 3));
-    QTest::mouseClick(view.FlexGrid->viewport(), Qt::LeftButton, {}, name.center());
+    const QRect productCell = view.FlexGrid->visualItemRect(view.FlexGrid->item(takenOut, 3));
+    QTest::mouseClick(view.FlexGrid->viewport(), Qt::LeftButton, {}, productCell.center());
     ASSERT_TRUE(view.cmdAllergicHistory->isVisible());
     QTest::mouseClick(view.cmdAllergicHistory, Qt::LeftButton);
     frmAllergicHistory &history = Screen<frmAllergicHistory>();
