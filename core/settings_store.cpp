@@ -120,8 +120,9 @@ std::string SaveDataPath(const std::string &txtPath) {
         path += '/';
     }
     document.selectSingleNode("//DataPath").setText(path);
-    session().gDataPath = path;
+    // A folder that could not be stored is not taken into use either.
     document.save(SettingsFilePath());
+    session().gDataPath = path;
     return path;
 }
 
