@@ -37,6 +37,7 @@ for harness in "${harnesses[@]}"; do
   log="$work/$harness.log"
   status=0
   "$build/fuzz/${harness}_fuzzer" -max_total_time="$seconds" -timeout=30 -print_final_stats=1 \
+    -dict="$work/seeds/xml.dict" \
     -artifact_prefix="$work/findings/$harness/" \
     "$work/corpus/$harness" "$work/seeds/$harness" >"$log" 2>&1 || status=$?
   echo "$harness: $(grep -E '^#[0-9]+' "$log" | tail -1)"
