@@ -48,7 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
             LoginScreenState screen;
             CheckSettingsFile(screen);
             if (screen.txtUsername != "Läkare" || !screen.chkSaveUsername) {
-                violated("the rewritten settings file keeps the saved user name");
+                violated("the rewritten settings file keeps the saved user name, not " +
+                         screen.txtUsername + " in " + readBytes(SettingsFilePath()));
             }
         } catch (const MireloError &error) {
             violated("the rewritten settings file reads back: " + error.description());

@@ -22,6 +22,7 @@ cmake --build "$build" -j"$(nproc)" --target make_fuzz_seeds "${harnesses[@]/%/_
 rm -rf "$work/seeds"
 "$build/fuzz/make_fuzz_seeds" "$work/seeds"
 cp "$here"/tests/regressions/*.input "$work/seeds/intake/"
+cp "$here"/tests/regressions/*.settings "$work/seeds/settings/"
 
 # The harnesses write a small application directory for every input: memory is faster than
 # the disk, and the files written are flushed to disk on every save.
