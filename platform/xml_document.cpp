@@ -414,7 +414,21 @@ void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
 }
 
 std::string XmlDocument::encodedXml() const {
-    return serialise(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str());
+    std::string bytes =
+        serialise(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str());
+    // Some names of an encoding reach a converter that drops or garbles text without a word
+    // ("ISO-88591" cuts the document off at the first letter beyond ASCII). Bytes that don't
+    // read back as the same document are never handed out, so a file is not spoiled by them.
+    XmlDocument decoded;
+    decoded.loadXML(xml());
+    if (decoded.parseError().errorCode == 0) {
+        XmlDocument encoded;
+        encoded.load(ResponseStream{bytes});
+        if (encoded.parseError().errorCode != 0 || encoded.xml() != decoded.xml()) {
+            runtime::raise(runtime::InvalidArgument);
+        }
+    }
+    return bytes;
 }
 
 void XmlDocument::save(const std::string &path) const {

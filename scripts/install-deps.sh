@@ -5,6 +5,7 @@ set -euo pipefail
 
 packages=(
   cmake g++ make pkg-config clang-format
+  clang libclang-rt-dev
   libxml2-dev libcurl4-openssl-dev libcpp-httplib-dev
   qt6-base-dev qt6-webengine-dev libqt6svg6
   libgtest-dev libgmock-dev

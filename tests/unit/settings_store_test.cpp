@@ -179,6 +179,35 @@ TEST_F(SettingsStoreTest, UpdateSettingsFile_fails_on_a_damaged_or_incomplete_fi
     }
 }
 
+// A file that names its encoding by a name the converter takes but garbles ("ISO-88591" cut the
+// rewritten file off at a letter outside the code) is left as it was; a real encoding that lacks
+// a letter keeps it as a character reference.
+TEST_F(SettingsStoreTest, UpdateSettingsFile_never_writes_a_name_its_encoding_garbles) {
+    for (const std::string encoding : {"ISO-88591", "ISO-885911", "ISO-8859-5"}) {
+        SCOPED_TRACE(encoding);
+        const std::string file = "<?xml version=\"1.0\" encoding=\"" + encoding +
+                                 "\"?>\n<Settings><Username/><SaveUsername>0</SaveUsername>"
+                                 "<DataPath>/d/</DataPath><Server>https://k.example</Server>"
+                                 "<LoginUrl>/l</LoginUrl><InitXmlUrl>/i</InitXmlUrl></Settings>\n";
+        std::filesystem::create_directories(SystemFolder());
+        support::writeBytes(SettingsFilePath(), file);
+        if (encoding == "ISO-8859-5") {
+            UpdateSettingsFile(true, "Łukasz Åberg");
+            LoginScreenState screen;
+            ReadSavedUsername(screen);
+            EXPECT_EQ(screen.txtUsername, "Łukasz Åberg");
+            continue;
+        }
+        try {
+            UpdateSettingsFile(true, "Łukasz Åberg");
+            FAIL();
+        } catch (const MireloError &error) {
+            EXPECT_EQ(error.number(), runtime::InvalidArgument);
+        }
+        EXPECT_EQ(support::readBytes(SettingsFilePath()), file);
+    }
+}
+
 TEST_F(SettingsStoreTest, StartSession_stores_the_login_and_reads_the_data_folder) {
     support::writeSettingsFile({.dataPath = "/srv/patienter/"});
     StartSession("karin", "hemligt", "Dr. Karin Lindqvist");
