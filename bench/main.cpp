@@ -1,6 +1,7 @@
 // Times the program's hot paths against what the machine and the libraries can do at best, on
 // data it makes itself, and prints one table: operation, Mirelo, limit, ratio, target.
-// --quick runs every row once on small data, to show that the rows still run.
+// --quick runs every row once on small data, to show that the rows still run; --only runs the
+// groups whose name holds the word ("intake", "scrambling", "search", "medication", "start-up").
 
 #include "measure.h"
 #include "platform/xml_document.h"
@@ -15,13 +16,16 @@
 int main(int argc, char **argv) {
     mirelo::bench::Effort effort;
     std::string cache = MIRELO_BENCH_CACHE;
+    std::string only;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--quick") == 0) {
             effort.quick = true;
+        } else if (std::strcmp(argv[i], "--only") == 0 && i + 1 < argc) {
+            only = argv[++i];
         } else if (std::strcmp(argv[i], "--cache") == 0 && i + 1 < argc) {
             cache = argv[++i];
         } else {
-            std::fprintf(stderr, "mirelo_bench [--quick] [--cache FOLDER]\n");
+            std::fprintf(stderr, "mirelo_bench [--quick] [--only WORD] [--cache FOLDER]\n");
             return 2;
         }
     }
@@ -33,7 +37,10 @@ int main(int argc, char **argv) {
     const StartupPrograms programs{MIRELO_BENCH_MIRELO, MIRELO_BENCH_HELLO_WORLD,
                                    MIRELO_BENCH_PROBE_FOLDER};
     std::vector<Row> rows;
-    const auto add = [&rows](const char *what, const auto &measure) {
+    const auto add = [&rows, &only](const char *what, const auto &measure) {
+        if (std::strstr(what, only.c_str()) == nullptr) {
+            return;
+        }
         std::fprintf(stderr, "measuring %s ...\n", what);
         for (const Row &row : measure()) {
             rows.push_back(row);

@@ -101,13 +101,27 @@ unsigned char codePageByteAt(const std::string &utf8, size_t i, size_t &length) 
     return valid ? encodeCharacter(c) : '?';
 }
 
-char recoded(const ByteRecoding &recoding, unsigned char byte) {
-    const int16_t value = recoding[byte];
-    if (value < 0) {
-        runtime::raise(runtime::InvalidArgument);
+// A recoded byte's character as UTF-8, kept in four bytes so that every one is copied alike;
+// length 0 marks a byte that has no place.
+struct RecodedCharacter {
+    char bytes[4] = {};
+    unsigned char length = 0;
+};
+
+std::array<RecodedCharacter, 256> recodedCharacters(const ByteRecoding &recoding) {
+    const std::array<Utf8Sequence, 256> &characters = byteCharacters();
+    std::array<RecodedCharacter, 256> table;
+    for (int byte = 0; byte < 256; ++byte) {
+        if (recoding[byte] >= 0) {
+            const Utf8Sequence &sequence = characters[recoding[byte]];
+            std::memcpy(table[byte].bytes, sequence.bytes, sequence.length);
+            table[byte].length = sequence.length;
+        }
     }
-    return static_cast<char>(value);
+    return table;
 }
+
+constexpr uint64_t HighBits = 0x8080808080808080ull;
 
 } // namespace
 
@@ -119,43 +133,60 @@ std::string CodePageToUtf8(const std::string &bytes) {
     return CodePageToUtf8(bytes, unchanged());
 }
 
-// Patient files are mostly ASCII, which needs no decoding: only a byte with its high bit set
-// starts the slow way through a character.
+// Patient files are mostly ASCII, which needs no decoding: eight bytes at a time are checked
+// for a high bit, and only a byte that has one starts the slow way through a character. A byte
+// without a place is noted and failed at the end, since nothing partial is ever returned.
 std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding) {
-    std::string bytes(utf8.size(), '\0');
-    size_t out = 0;
-    for (size_t i = 0; i < utf8.size();) {
-        const auto byte = static_cast<unsigned char>(utf8[i]);
-        if (byte < 0x80) {
-            bytes[out++] = recoded(recoding, byte);
-            ++i;
-            continue;
+    const std::unique_ptr<char[]> buffer(new char[utf8.size() + 1]);
+    char *out = buffer.get();
+    int16_t placeless = 0;
+    const auto *in = reinterpret_cast<const unsigned char *>(utf8.data());
+    const size_t size = utf8.size();
+    for (size_t i = 0; i < size;) {
+        if (i + 8 <= size) {
+            uint64_t eight = 0;
+            std::memcpy(&eight, in + i, 8);
+            if ((eight & HighBits) == 0) {
+                for (size_t k = 0; k < 8; ++k) {
+                    const int16_t code = recoding[in[i + k]];
+                    placeless |= code;
+                    out[k] = static_cast<char>(code);
+                }
+                out += 8;
+                i += 8;
+                continue;
+            }
         }
-        size_t length = 0;
-        bytes[out++] = recoded(recoding, codePageByteAt(utf8, i, length));
+        size_t length = 1;
+        const unsigned char byte = in[i] < 0x80 ? in[i] : codePageByteAt(utf8, i, length);
+        const int16_t code = recoding[byte];
+        placeless |= code;
+        *out++ = static_cast<char>(code);
         i += length;
     }
-    bytes.resize(out);
-    return bytes;
+    if (placeless < 0) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    return std::string(buffer.get(), out);
 }
 
 std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recoding) {
-    const std::array<Utf8Sequence, 256> &characters = byteCharacters();
-    // Three bytes of UTF-8 at most for each byte; only what is written is copied out.
-    const std::unique_ptr<char[]> utf8(new char[bytes.size() * 3 + 1]);
-    char *out = utf8.get();
+    const std::array<RecodedCharacter, 256> characters = recodedCharacters(recoding);
+    // Three bytes of UTF-8 at most for each byte, and room for the fourth that every copy
+    // writes; only what counts is copied out.
+    const std::unique_ptr<char[]> buffer(new char[bytes.size() * 3 + 4]);
+    char *out = buffer.get();
+    unsigned char placed = 1;
     for (const char byte : bytes) {
-        const auto plain =
-            static_cast<unsigned char>(recoded(recoding, static_cast<unsigned char>(byte)));
-        if (plain < 0x80) {
-            *out++ = static_cast<char>(plain);
-            continue;
-        }
-        const Utf8Sequence &sequence = characters[plain];
-        std::memcpy(out, sequence.bytes, sequence.length);
-        out += sequence.length;
+        const RecodedCharacter &character = characters[static_cast<unsigned char>(byte)];
+        std::memcpy(out, character.bytes, 4);
+        out += character.length;
+        placed &= character.length != 0;
     }
-    return std::string(utf8.get(), out);
+    if (placed == 0) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    return std::string(buffer.get(), out);
 }
 
 } // namespace mirelo
