@@ -4,6 +4,7 @@
 #include "platform/file_system.h"
 #include "platform/parse_failure_reason.h"
 
+#include <algorithm>
 #include <cstring>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
@@ -73,6 +74,12 @@ bool leadingDeclaration(const std::string &text, std::string &data) {
 
 using XPathObject = std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)>;
 
+xmlXPathContextPtr newQueryContext(xmlDocPtr doc) {
+    xmlXPathContextPtr context = xmlXPathNewContext(doc);
+    context->error = ignoreXmlError;
+    return context;
+}
+
 // Every query text the program asks is one of a few dozen fixed ones, so each is compiled once
 // per thread and kept; compiling is most of what a small query costs.
 class CompiledQueries {
@@ -92,7 +99,7 @@ class CompiledQueries {
         if (found != compiled_.end()) {
             return found->second;
         }
-        xmlXPathCompExprPtr compiled = xmlXPathCompile(xc(query));
+        xmlXPathCompExprPtr compiled = xmlXPathCtxtCompile(compiling_.get(), xc(query));
         if (compiled != nullptr) {
             compiled_.emplace(query, compiled);
         }
@@ -101,13 +108,10 @@ class CompiledQueries {
 
   private:
     std::unordered_map<std::string, xmlXPathCompExprPtr> compiled_;
+    // Only there to keep a query that isn't XPath from being reported on standard error.
+    std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> compiling_{
+        newQueryContext(nullptr), xmlXPathFreeContext};
 };
-
-xmlXPathContextPtr newQueryContext(xmlDocPtr doc) {
-    xmlXPathContextPtr context = xmlXPathNewContext(doc);
-    context->error = ignoreXmlError;
-    return context;
-}
 
 } // namespace
 
@@ -158,6 +162,23 @@ xmlXPathContextPtr queryContextOf(xmlDocPtr doc) {
 }
 
 namespace {
+
+// A query that is one element name asks for the children of that name, which a look along the
+// children answers without XPath: a product's fields are read that way, a dozen per product.
+bool isChildNameQuery(const std::string &query) {
+    const auto nameCharacter = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+               c == '_';
+    };
+    return !query.empty() && !(query[0] >= '0' && query[0] <= '9') &&
+           std::all_of(query.begin(), query.end(), nameCharacter);
+}
+
+// As XPath's name test without a prefix has it: an element of that name in no namespace.
+bool isNamedChild(xmlNodePtr child, const std::string &name) {
+    return child->type == XML_ELEMENT_NODE && child->ns == nullptr &&
+           xmlStrEqual(child->name, xc(name));
+}
 
 XPathObject evaluate(xmlNodePtr node, const std::string &query) {
     if (node == nullptr) {
@@ -329,6 +350,14 @@ std::vector<XmlNode> XmlNode::childNodes() const {
 }
 
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {
+    if (node_ != nullptr && isChildNameQuery(query)) {
+        for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+            if (isNamedChild(child, query)) {
+                return XmlNode(child);
+            }
+        }
+        return {};
+    }
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;
     if (result->type != XPATH_NODESET || nodes == nullptr || nodes->nodeNr == 0) {
@@ -338,6 +367,15 @@ XmlNode XmlNode::selectSingleNode(const std::string &query) const {
 }
 
 std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
+    if (node_ != nullptr && isChildNameQuery(query)) {
+        std::vector<XmlNode> found;
+        for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+            if (isNamedChild(child, query)) {
+                found.emplace_back(child);
+            }
+        }
+        return found;
+    }
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;
     std::vector<XmlNode> found;
