@@ -1,10 +1,10 @@
 #include "platform/xml_document.h"
 
 #include "core/mirelo_error.h"
+#include "platform/element_path.h"
 #include "platform/file_system.h"
 #include "platform/parse_failure_reason.h"
 
-#include <algorithm>
 #include <cstring>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
@@ -162,23 +162,6 @@ xmlXPathContextPtr queryContextOf(xmlDocPtr doc) {
 }
 
 namespace {
-
-// A query that is one element name asks for the children of that name, which a look along the
-// children answers without XPath: a product's fields are read that way, a dozen per product.
-bool isChildNameQuery(const std::string &query) {
-    const auto nameCharacter = [](char c) {
-        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-               c == '_';
-    };
-    return !query.empty() && !(query[0] >= '0' && query[0] <= '9') &&
-           std::all_of(query.begin(), query.end(), nameCharacter);
-}
-
-// As XPath's name test without a prefix has it: an element of that name in no namespace.
-bool isNamedChild(xmlNodePtr child, const std::string &name) {
-    return child->type == XML_ELEMENT_NODE && child->ns == nullptr &&
-           xmlStrEqual(child->name, xc(name));
-}
 
 XPathObject evaluate(xmlNodePtr node, const std::string &query) {
     if (node == nullptr) {
@@ -350,13 +333,13 @@ std::vector<XmlNode> XmlNode::childNodes() const {
 }
 
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {
-    if (node_ != nullptr && isChildNameQuery(query)) {
-        for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
-            if (isNamedChild(child, query)) {
-                return XmlNode(child);
-            }
+    // A product's fields and the patient's data are read this way many times per screen: a
+    // walk finds them without XPath and stops at the first.
+    if (node_ != nullptr) {
+        if (const std::optional<ElementPath> path = ParseElementPath(query)) {
+            const std::vector<xmlNodePtr> found = SelectElements(node_, *path, true);
+            return found.empty() ? XmlNode() : XmlNode(found.front());
         }
-        return {};
     }
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;
@@ -367,14 +350,11 @@ XmlNode XmlNode::selectSingleNode(const std::string &query) const {
 }
 
 std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
-    if (node_ != nullptr && isChildNameQuery(query)) {
-        std::vector<XmlNode> found;
-        for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
-            if (isNamedChild(child, query)) {
-                found.emplace_back(child);
-            }
+    if (node_ != nullptr) {
+        if (const std::optional<ElementPath> path = ParseElementPath(query)) {
+            const std::vector<xmlNodePtr> elements = SelectElements(node_, *path, false);
+            return std::vector<XmlNode>(elements.begin(), elements.end());
         }
-        return found;
     }
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;
