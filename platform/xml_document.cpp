@@ -163,6 +163,22 @@ xmlXPathContextPtr queryContextOf(xmlDocPtr doc) {
 
 namespace {
 
+// The query as a path that a walk answers, or null. Queries repeat, a product's ID being the
+// only part that varies, so what was made of one is kept for the next time; the store is
+// emptied when it grows past any one screen's needs.
+const ElementPath *elementPath(const std::string &query) {
+    constexpr size_t MostKept = 4096;
+    thread_local std::unordered_map<std::string, std::optional<ElementPath>> paths;
+    auto found = paths.find(query);
+    if (found == paths.end()) {
+        if (paths.size() >= MostKept) {
+            paths.clear();
+        }
+        found = paths.emplace(query, ParseElementPath(query)).first;
+    }
+    return found->second ? &*found->second : nullptr;
+}
+
 XPathObject evaluate(xmlNodePtr node, const std::string &query) {
     if (node == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
@@ -336,7 +352,7 @@ XmlNode XmlNode::selectSingleNode(const std::string &query) const {
     // A product's fields and the patient's data are read this way many times per screen: a
     // walk finds them without XPath and stops at the first.
     if (node_ != nullptr) {
-        if (const std::optional<ElementPath> path = ParseElementPath(query)) {
+        if (const ElementPath *path = elementPath(query)) {
             const std::vector<xmlNodePtr> found = SelectElements(node_, *path, true);
             return found.empty() ? XmlNode() : XmlNode(found.front());
         }
@@ -351,7 +367,7 @@ XmlNode XmlNode::selectSingleNode(const std::string &query) const {
 
 std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
     if (node_ != nullptr) {
-        if (const std::optional<ElementPath> path = ParseElementPath(query)) {
+        if (const ElementPath *path = elementPath(query)) {
             const std::vector<xmlNodePtr> elements = SelectElements(node_, *path, false);
             return std::vector<XmlNode>(elements.begin(), elements.end());
         }

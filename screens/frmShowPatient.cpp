@@ -236,22 +236,25 @@ void frmShowPatient::showOverview(const MedicationOverview &overview) {
         if (overview.txtFName) {
             setGrowingText(txtFName, *overview.txtFName);
         }
-        for (size_t index = 0; index < overview.rows.size(); ++index) {
-            const int row = static_cast<int>(index) + 1;
-            for (int col = 0; col < medication_grid::Cols; ++col) {
-                const GridCell &cell = overview.rows[index].cells[col];
-                FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
-                FlexGrid->setCellPictureAt(row, col, cell.picture);
-                if (cell.alignment) {
-                    FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
-                }
-                if (cell.foreColor) {
-                    FlexGrid->setCellForeColorAt(
-                        row, col,
-                        QColor(cell.foreColor->red, cell.foreColor->green, cell.foreColor->blue));
+        FlexGrid->writeCellsTogether([&] {
+            for (size_t index = 0; index < overview.rows.size(); ++index) {
+                const int row = static_cast<int>(index) + 1;
+                for (int col = 0; col < medication_grid::Cols; ++col) {
+                    const GridCell &cell = overview.rows[index].cells[col];
+                    FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
+                    FlexGrid->setCellPictureAt(row, col, cell.picture);
+                    if (cell.alignment) {
+                        FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
+                    }
+                    if (cell.foreColor) {
+                        FlexGrid->setCellForeColorAt(row, col,
+                                                     QColor(cell.foreColor->red,
+                                                            cell.foreColor->green,
+                                                            cell.foreColor->blue));
+                    }
                 }
             }
-        }
+        });
         FlexGrid->setRow(overview.currentRow);
         FlexGrid->setCol(medication_grid::Cols - 1);
         if (overview.standingButton) {
