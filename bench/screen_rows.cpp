@@ -59,6 +59,7 @@ std::vector<Row> medicationViewRows(const Effort &effort) {
     const Comparison opening = compareInTurns(
         effort.runs(9), [] {},
         [&] {
+            const screens::frmShowPatient::OneReading reading(view);
             view.ReadPatientFolder(Pnr);
             view.FlexGrid->setRow(1);
             view.FlexGrid_SelChange();

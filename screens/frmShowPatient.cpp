@@ -195,7 +195,17 @@ std::string frmShowPatient::pnr() const {
 }
 
 void frmShowPatient::ReadPatientFolder(const std::string &pnr) {
-    showOverview(mirelo::ReadPatientFolder(pnr, chkMode->isChecked(), FlexGrid->Rows()));
+    showOverview(mirelo::ReadPatientFolder(pnr, chkMode->isChecked(), FlexGrid->Rows(),
+                                           sharingReading_ ? &reading_ : nullptr));
+}
+
+frmShowPatient::OneReading::OneReading(frmShowPatient &view) : view_(view) {
+    view_.sharingReading_ = true;
+}
+
+frmShowPatient::OneReading::~OneReading() {
+    view_.sharingReading_ = false;
+    view_.reading_.reset();
 }
 
 void frmShowPatient::SetupFlexGrid() {
@@ -273,7 +283,8 @@ void frmShowPatient::FlexGrid_SelChange() {
     const GridSelection selection{FlexGrid->MouseRow(), FlexGrid->MouseCol(), row,
                                   FlexGrid->TextMatrix(row, medication_grid::Product).toStdString(),
                                   FlexGrid->TextMatrix(row, medication_grid::ID).toStdString()};
-    const std::optional<DetailPanel> panel = DetailPanelOnSelChange(pnr(), selection);
+    const std::optional<DetailPanel> panel =
+        DetailPanelOnSelChange(pnr(), selection, reading_ ? &*reading_ : nullptr);
     FlexGrid->setCol(medication_grid::Product);
     if (!panel) {
         return;
@@ -423,6 +434,7 @@ void frmShowPatient::cmdAllergicHistory_Click() {
 
 void frmShowPatient::chkMode_Click() {
     try {
+        const OneReading reading(*this);
         ReadPatientFolder(pnr());
         FlexGrid->setRow(1);
         FlexGrid_SelChange();
