@@ -70,8 +70,7 @@ Row manyItemsRow(const Effort &effort) {
     const std::string limitPath = installation.data() + "limit.xml";
 
     const Comparison times = compareInTurns(
-        1, [&] { writeFile(patientPath, before); },
-        [&] { ImportPrescriptionFile(messagePath); },
+        1, [&] { writeFile(patientPath, before); }, [&] { ImportPrescriptionFile(messagePath); },
         [&] {
             limit::parseOnce(message);
             platform::WriteAllBytes(limitPath, after);
@@ -147,10 +146,8 @@ std::vector<Row> searchRows(const Effort &effort, const std::string &cache) {
                 SearchPatient(key, list);
             },
             [&] {
-                for (const std::string &name : limit::folderNames(folder)) {
-                    if (name.compare(0, key.size(), key) == 0) {
-                        readFile(folder + name);
-                    }
+                for (const std::string &name : limit::folderNames(folder, key)) {
+                    readFile(folder + name);
                 }
             });
         if (list.size() != 10) {

@@ -33,7 +33,8 @@ Comparison compareInTurns(int runs, const std::function<void()> &prepare,
 
 std::string milliseconds(double seconds) {
     char text[32];
-    std::snprintf(text, sizeof text, seconds < 0.01 ? "%.3f ms" : "%.1f ms", seconds * 1000);
+    const char *format = seconds < 0.001 ? "%.4f ms" : seconds < 0.01 ? "%.3f ms" : "%.1f ms";
+    std::snprintf(text, sizeof text, format, seconds * 1000);
     return text;
 }
 

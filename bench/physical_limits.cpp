@@ -2,6 +2,7 @@
 
 #include "bench_data.h"
 
+#include <cstring>
 #include <dirent.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -89,11 +90,13 @@ std::vector<std::vector<std::string>> productTexts(const std::string &path) {
     return products;
 }
 
-std::vector<std::string> folderNames(const std::string &folder) {
+std::vector<std::string> folderNames(const std::string &folder, const std::string &prefix) {
     const std::unique_ptr<DIR, int (*)(DIR *)> listing(::opendir(folder.c_str()), ::closedir);
     std::vector<std::string> names;
     while (const dirent *entry = ::readdir(listing.get())) {
-        names.emplace_back(entry->d_name);
+        if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) == 0) {
+            names.emplace_back(entry->d_name);
+        }
     }
     return names;
 }

@@ -19,7 +19,7 @@ void parseOnce(const std::string &bytes);
 // giving every product's element texts in file order.
 std::vector<std::vector<std::string>> productTexts(const std::string &path);
 
-// The names in a folder, in one listing.
-std::vector<std::string> folderNames(const std::string &folder);
+// The names in a folder that begin with the prefix, in one listing.
+std::vector<std::string> folderNames(const std::string &folder, const std::string &prefix);
 
 } // namespace mirelo::bench::limit
