@@ -137,8 +137,10 @@ std::string CodePageToUtf8(const std::string &bytes) {
 // for a high bit, and only a byte that has one starts the slow way through a character. A byte
 // without a place is noted and failed at the end, since nothing partial is ever returned.
 std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding) {
-    const std::unique_ptr<char[]> buffer(new char[utf8.size() + 1]);
-    char *out = buffer.get();
+    // One character is never more than one byte of the code page, so the result fits in place.
+    std::string bytes(utf8.size(), '\0');
+    char *const start = bytes.data();
+    char *out = start;
     int16_t placeless = 0;
     const auto *in = reinterpret_cast<const unsigned char *>(utf8.data());
     const size_t size = utf8.size();
@@ -167,7 +169,8 @@ std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding
     if (placeless < 0) {
         runtime::raise(runtime::InvalidArgument);
     }
-    return std::string(buffer.get(), out);
+    bytes.resize(static_cast<size_t>(out - start));
+    return bytes;
 }
 
 std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recoding) {
