@@ -1,6 +1,9 @@
 #include "core/code_page.h"
 
-#include <array>
+#include "core/mirelo_error.h"
+
+#include <cstring>
+#include <memory>
 #include <unordered_map>
 
 namespace mirelo {
@@ -16,14 +19,14 @@ char32_t decodeByte(unsigned char byte) {
     return byte >= 0x80 && byte < 0xA0 ? HighControls[byte - 0x80] : char32_t(byte);
 }
 
-char encodeCharacter(char32_t c) {
+unsigned char encodeCharacter(char32_t c) {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
-        return static_cast<char>(c);
+        return static_cast<unsigned char>(c);
     }
-    static const std::unordered_map<char32_t, char> high = [] {
-        std::unordered_map<char32_t, char> map;
+    static const std::unordered_map<char32_t, unsigned char> high = [] {
+        std::unordered_map<char32_t, unsigned char> map;
         for (size_t i = 0; i < HighControls.size(); ++i) {
-            map[HighControls[i]] = static_cast<char>(0x80 + i);
+            map[HighControls[i]] = static_cast<unsigned char>(0x80 + i);
         }
         return map;
     }();
@@ -31,54 +34,162 @@ char encodeCharacter(char32_t c) {
     return found == high.end() ? '?' : found->second;
 }
 
-void appendUtf8(std::string &out, char32_t c) {
+// A byte's character as UTF-8: one to three bytes.
+struct Utf8Sequence {
+    unsigned char length = 0;
+    char bytes[3] = {};
+};
+
+Utf8Sequence encodeUtf8(char32_t c) {
+    Utf8Sequence sequence;
     if (c < 0x80) {
-        out += static_cast<char>(c);
+        sequence.length = 1;
+        sequence.bytes[0] = static_cast<char>(c);
     } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        sequence.length = 2;
+        sequence.bytes[0] = static_cast<char>(0xC0 | (c >> 6));
+        sequence.bytes[1] = static_cast<char>(0x80 | (c & 0x3F));
     } else {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        sequence.length = 3;
+        sequence.bytes[0] = static_cast<char>(0xE0 | (c >> 12));
+        sequence.bytes[1] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        sequence.bytes[2] = static_cast<char>(0x80 | (c & 0x3F));
     }
+    return sequence;
 }
+
+const std::array<Utf8Sequence, 256> &byteCharacters() {
+    static const std::array<Utf8Sequence, 256> table = [] {
+        std::array<Utf8Sequence, 256> sequences;
+        for (int byte = 0; byte < 256; ++byte) {
+            sequences[byte] = encodeUtf8(decodeByte(static_cast<unsigned char>(byte)));
+        }
+        return sequences;
+    }();
+    return table;
+}
+
+const ByteRecoding &unchanged() {
+    static const ByteRecoding identity = [] {
+        ByteRecoding recoding{};
+        for (int byte = 0; byte < 256; ++byte) {
+            recoding[byte] = static_cast<int16_t>(byte);
+        }
+        return recoding;
+    }();
+    return identity;
+}
+
+// The character that starts at utf8[i] as its code-page byte, and how many bytes it took.
+unsigned char codePageByteAt(const std::string &utf8, size_t i, size_t &length) {
+    const auto lead = static_cast<unsigned char>(utf8[i]);
+    length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    if (lead >= 0x80 && lead < 0xC0) {
+        length = 1; // a stray continuation byte is no character of the code page
+    }
+    char32_t c = length == 1 ? lead : lead & (0x3F >> (length - 1));
+    bool valid = lead < 0x80 || length > 1;
+    for (size_t k = 1; k < length; ++k) {
+        const auto next = i + k < utf8.size() ? static_cast<unsigned char>(utf8[i + k]) : 0;
+        if ((next & 0xC0) != 0x80) {
+            valid = false;
+            length = k;
+            break;
+        }
+        c = (c << 6) | (next & 0x3F);
+    }
+    return valid ? encodeCharacter(c) : '?';
+}
+
+// A recoded byte's character as UTF-8, kept in four bytes so that every one is copied alike;
+// length 0 marks a byte that has no place.
+struct RecodedCharacter {
+    char bytes[4] = {};
+    unsigned char length = 0;
+};
+
+std::array<RecodedCharacter, 256> recodedCharacters(const ByteRecoding &recoding) {
+    const std::array<Utf8Sequence, 256> &characters = byteCharacters();
+    std::array<RecodedCharacter, 256> table;
+    for (int byte = 0; byte < 256; ++byte) {
+        if (recoding[byte] >= 0) {
+            const Utf8Sequence &sequence = characters[recoding[byte]];
+            std::memcpy(table[byte].bytes, sequence.bytes, sequence.length);
+            table[byte].length = sequence.length;
+        }
+    }
+    return table;
+}
+
+constexpr uint64_t HighBits = 0x8080808080808080ull;
 
 } // namespace
 
 std::string Utf8ToCodePage(const std::string &utf8) {
-    std::string bytes;
-    bytes.reserve(utf8.size());
-    for (size_t i = 0; i < utf8.size();) {
-        const auto lead = static_cast<unsigned char>(utf8[i]);
-        size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        if (lead >= 0x80 && lead < 0xC0) {
-            length = 1; // a stray continuation byte is no character of the code page
-        }
-        char32_t c = length == 1 ? lead : lead & (0x3F >> (length - 1));
-        bool valid = lead < 0x80 || length > 1;
-        for (size_t k = 1; k < length; ++k) {
-            const auto next = i + k < utf8.size() ? static_cast<unsigned char>(utf8[i + k]) : 0;
-            if ((next & 0xC0) != 0x80) {
-                valid = false;
-                length = k;
-                break;
-            }
-            c = (c << 6) | (next & 0x3F);
-        }
-        bytes += valid ? encodeCharacter(c) : '?';
-        i += length;
-    }
-    return bytes;
+    return Utf8ToCodePage(utf8, unchanged());
 }
 
 std::string CodePageToUtf8(const std::string &bytes) {
-    std::string utf8;
-    utf8.reserve(bytes.size() + bytes.size() / 8);
-    for (const char byte : bytes) {
-        appendUtf8(utf8, decodeByte(static_cast<unsigned char>(byte)));
+    return CodePageToUtf8(bytes, unchanged());
+}
+
+// Patient files are mostly ASCII, which needs no decoding: eight bytes at a time are checked
+// for a high bit, and only a byte that has one starts the slow way through a character. A byte
+// without a place is noted and failed at the end, since nothing partial is ever returned.
+std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding) {
+    // One character is never more than one byte of the code page, so the result fits in place.
+    std::string bytes(utf8.size(), '\0');
+    char *const start = bytes.data();
+    char *out = start;
+    int16_t placeless = 0;
+    const auto *in = reinterpret_cast<const unsigned char *>(utf8.data());
+    const size_t size = utf8.size();
+    for (size_t i = 0; i < size;) {
+        if (i + 8 <= size) {
+            uint64_t eight = 0;
+            std::memcpy(&eight, in + i, 8);
+            if ((eight & HighBits) == 0) {
+                for (size_t k = 0; k < 8; ++k) {
+                    const int16_t code = recoding[in[i + k]];
+                    placeless |= code;
+                    out[k] = static_cast<char>(code);
+                }
+                out += 8;
+                i += 8;
+                continue;
+            }
+        }
+        size_t length = 1;
+        const unsigned char byte = in[i] < 0x80 ? in[i] : codePageByteAt(utf8, i, length);
+        const int16_t code = recoding[byte];
+        placeless |= code;
+        *out++ = static_cast<char>(code);
+        i += length;
     }
-    return utf8;
+    if (placeless < 0) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    bytes.resize(static_cast<size_t>(out - start));
+    return bytes;
+}
+
+std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recoding) {
+    const std::array<RecodedCharacter, 256> characters = recodedCharacters(recoding);
+    // Three bytes of UTF-8 at most for each byte, and room for the fourth that every copy
+    // writes; only what counts is copied out.
+    const std::unique_ptr<char[]> buffer(new char[bytes.size() * 3 + 4]);
+    char *out = buffer.get();
+    unsigned char placed = 1;
+    for (const char byte : bytes) {
+        const RecodedCharacter &character = characters[static_cast<unsigned char>(byte)];
+        std::memcpy(out, character.bytes, 4);
+        out += character.length;
+        placed &= character.length != 0;
+    }
+    if (placed == 0) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    return std::string(buffer.get(), out);
 }
 
 } // namespace mirelo

@@ -2,6 +2,7 @@
 
 #include "core/mirelo_error.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
@@ -27,6 +28,16 @@ std::optional<double> parseNumber(const std::string &text) {
     const std::string number = stripBlanks(text);
     if (number.empty()) {
         return std::nullopt;
+    }
+    // The flags of a file are plain digits, read a dozen times per product: they need no
+    // conversion through the C library, which gives the same value for them.
+    if (number.size() <= 15 &&
+        std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+        double value = 0;
+        for (const char c : number) {
+            value = value * 10 + (c - '0');
+        }
+        return value;
     }
     for (const char c : number) {
         if (!std::isdigit(static_cast<unsigned char>(c)) && c != '.' && c != ',' && c != '-' &&

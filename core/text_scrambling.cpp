@@ -1,37 +1,32 @@
 #include "core/text_scrambling.h"
 
 #include "core/code_page.h"
-#include "core/mirelo_error.h"
 
 namespace mirelo {
 namespace {
 
-char toCode(int code) {
-    if (code < 0 || code > 255) {
-        runtime::raise(runtime::InvalidArgument);
+// Codes that the shift would take out of the byte range have no entry: they fail.
+ByteRecoding shiftTable(bool scrambling) {
+    ByteRecoding table{};
+    for (int code = 0; code < 256; ++code) {
+        const bool even = code % 2 == 0;
+        const int shifted =
+            scrambling ? (even ? code + 3 : code + 5) : (even ? code - 5 : code - 3);
+        table[code] = static_cast<int16_t>(shifted >= 0 && shifted <= 255 ? shifted : -1);
     }
-    return static_cast<char>(code);
+    return table;
 }
 
 } // namespace
 
 std::string ScrambleText(const std::string &plainText) {
-    const std::string plain = Utf8ToCodePage(plainText);
-    std::string stored(plain.size(), '\0');
-    for (size_t i = 0; i < plain.size(); ++i) {
-        const int c = static_cast<unsigned char>(plain[i]);
-        stored[i] = toCode(c % 2 == 0 ? c + 3 : c + 5);
-    }
-    return stored;
+    static const ByteRecoding scramble = shiftTable(true);
+    return Utf8ToCodePage(plainText, scramble);
 }
 
 std::string UnscrambleText(const std::string &storedText) {
-    std::string plain(storedText.size(), '\0');
-    for (size_t i = 0; i < storedText.size(); ++i) {
-        const int s = static_cast<unsigned char>(storedText[i]);
-        plain[i] = toCode(s % 2 == 1 ? s - 3 : s - 5);
-    }
-    return CodePageToUtf8(plain);
+    static const ByteRecoding unscramble = shiftTable(false);
+    return CodePageToUtf8(storedText, unscramble);
 }
 
 } // namespace mirelo

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -162,20 +163,35 @@ void CreateFolder(const std::string &path) {
 }
 
 std::vector<FileEntry> GetFolderFiles(const std::string &path) {
-    std::error_code error;
-    fs::directory_iterator walk(path, error);
-    if (error) {
+    return GetFolderFiles(path, [](const std::string &) { return true; });
+}
+
+// A practice's data folder holds a file per patient: the walk reads the names as the system
+// hands them out and only asks after the kind of an entry when the listing doesn't tell it.
+std::vector<FileEntry> GetFolderFiles(const std::string &path,
+                                      const std::function<bool(const std::string &)> &keep) {
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(::opendir(path.c_str()), ::closedir);
+    if (!folder) {
         runtime::raise(runtime::PathNotFound);
     }
-    std::vector<FileEntry> files;
-    for (const fs::directory_entry &entry : walk) {
-        std::error_code ignored;
-        if (entry.is_regular_file(ignored)) {
-            files.push_back({entry.path().filename().string(), entry.path().string()});
+    const std::string prefix = path.empty() || path.back() == '/' ? path : path + '/';
+    std::vector<std::string> names;
+    while (const dirent *entry = ::readdir(folder.get())) {
+        const std::string name = entry->d_name;
+        const bool regular =
+            entry->d_type == DT_REG || ((entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) &&
+                                        isRegularFile(prefix + name));
+        if (regular && keep(name)) {
+            names.push_back(name);
         }
     }
-    std::sort(files.begin(), files.end(),
-              [](const FileEntry &a, const FileEntry &b) { return a.Name < b.Name; });
+    std::sort(names.begin(), names.end());
+    std::vector<FileEntry> files;
+    files.reserve(names.size());
+    for (std::string &name : names) {
+        std::string filePath = prefix + name;
+        files.push_back({std::move(name), std::move(filePath)});
+    }
     return files;
 }
 

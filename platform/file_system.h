@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,9 @@ bool FolderExists(const std::string &path);
 void CreateFolder(const std::string &path);
 // The files of one folder, not of its subfolders, sorted by name.
 std::vector<FileEntry> GetFolderFiles(const std::string &path);
+// The same, of only the files whose name passes `keep`; the others cost no more than their name.
+std::vector<FileEntry> GetFolderFiles(const std::string &path,
+                                      const std::function<bool(const std::string &)> &keep);
 // The path itself when the file is there, else the path of the file whose name matches its
 // name regardless of case; nothing when there is neither.
 std::optional<std::string> FindFileIgnoringCase(const std::string &path);

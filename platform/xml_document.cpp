@@ -1,6 +1,7 @@
 #include "platform/xml_document.h"
 
 #include "core/mirelo_error.h"
+#include "platform/element_path.h"
 #include "platform/file_system.h"
 #include "platform/parse_failure_reason.h"
 
@@ -13,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <unordered_map>
 
 namespace mirelo::platform {
 namespace {
@@ -70,11 +72,45 @@ bool leadingDeclaration(const std::string &text, std::string &data) {
     return true;
 }
 
-struct XPathResult {
-    std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> context{nullptr,
-                                                                             xmlXPathFreeContext};
-    std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)> object{nullptr,
-                                                                          xmlXPathFreeObject};
+using XPathObject = std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)>;
+
+xmlXPathContextPtr newQueryContext(xmlDocPtr doc) {
+    xmlXPathContextPtr context = xmlXPathNewContext(doc);
+    context->error = ignoreXmlError;
+    return context;
+}
+
+// Every query text the program asks is one of a few dozen fixed ones, so each is compiled once
+// per thread and kept; compiling is most of what a small query costs.
+class CompiledQueries {
+  public:
+    CompiledQueries() = default;
+    CompiledQueries(const CompiledQueries &) = delete;
+    CompiledQueries &operator=(const CompiledQueries &) = delete;
+    ~CompiledQueries() {
+        for (const auto &[query, compiled] : compiled_) {
+            xmlXPathFreeCompExpr(compiled);
+        }
+    }
+
+    // Null for a query that isn't XPath; a failed compile is not kept, so it fails alike again.
+    xmlXPathCompExprPtr find(const std::string &query) {
+        const auto found = compiled_.find(query);
+        if (found != compiled_.end()) {
+            return found->second;
+        }
+        xmlXPathCompExprPtr compiled = xmlXPathCtxtCompile(compiling_.get(), xc(query));
+        if (compiled != nullptr) {
+            compiled_.emplace(query, compiled);
+        }
+        return compiled;
+    }
+
+  private:
+    std::unordered_map<std::string, xmlXPathCompExprPtr> compiled_;
+    // Only there to keep a query that isn't XPath from being reported on standard error.
+    std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> compiling_{
+        newQueryContext(nullptr), xmlXPathFreeContext};
 };
 
 } // namespace
@@ -117,18 +153,49 @@ void detachChildren(xmlNodePtr parent) {
     }
 }
 
+// A document of ours keeps one query context for its whole life: making one registers every
+// XPath function anew, which costs more than most queries themselves. A tree no XmlDocument
+// holds gets none.
+xmlXPathContextPtr queryContextOf(xmlDocPtr doc) {
+    XmlDocument *owner = doc != nullptr ? static_cast<XmlDocument *>(doc->_private) : nullptr;
+    return owner != nullptr ? owner->queryContext() : nullptr;
+}
+
 namespace {
 
-XPathResult evaluate(xmlNodePtr node, const std::string &query) {
+// The query as a path that a walk answers, or null. Queries repeat, a product's ID being the
+// only part that varies, so what was made of one is kept for the next time; the store is
+// emptied when it grows past any one screen's needs.
+const ElementPath *elementPath(const std::string &query) {
+    constexpr size_t MostKept = 4096;
+    thread_local std::unordered_map<std::string, std::optional<ElementPath>> paths;
+    auto found = paths.find(query);
+    if (found == paths.end()) {
+        if (paths.size() >= MostKept) {
+            paths.clear();
+        }
+        found = paths.emplace(query, ParseElementPath(query)).first;
+    }
+    return found->second ? &*found->second : nullptr;
+}
+
+XPathObject evaluate(xmlNodePtr node, const std::string &query) {
     if (node == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
     }
-    XPathResult result;
-    result.context.reset(xmlXPathNewContext(node->doc));
-    result.context->node = node;
-    result.context->error = ignoreXmlError;
-    result.object.reset(xmlXPathEvalExpression(xc(query), result.context.get()));
-    if (!result.object) {
+    thread_local CompiledQueries queries;
+    const xmlXPathCompExprPtr compiled = queries.find(query);
+    std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> ownContext(
+        nullptr, xmlXPathFreeContext);
+    xmlXPathContextPtr context = queryContextOf(node->doc);
+    if (context == nullptr) {
+        ownContext.reset(newQueryContext(node->doc));
+        context = ownContext.get();
+    }
+    context->node = node;
+    XPathObject result(compiled != nullptr ? xmlXPathCompiledEval(compiled, context) : nullptr,
+                       xmlXPathFreeObject);
+    if (!result) {
         throw MireloError(errors::InvalidQuery, "Ogiltig fråga: " + query);
     }
     return result;
@@ -282,19 +349,33 @@ std::vector<XmlNode> XmlNode::childNodes() const {
 }
 
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {
-    const XPathResult result = evaluate(node_, query);
-    const xmlNodeSetPtr nodes = result.object->nodesetval;
-    if (result.object->type != XPATH_NODESET || nodes == nullptr || nodes->nodeNr == 0) {
+    // A product's fields and the patient's data are read this way many times per screen: a
+    // walk finds them without XPath and stops at the first.
+    if (node_ != nullptr) {
+        if (const ElementPath *path = elementPath(query)) {
+            const std::vector<xmlNodePtr> found = SelectElements(node_, *path, true);
+            return found.empty() ? XmlNode() : XmlNode(found.front());
+        }
+    }
+    const XPathObject result = evaluate(node_, query);
+    const xmlNodeSetPtr nodes = result->nodesetval;
+    if (result->type != XPATH_NODESET || nodes == nullptr || nodes->nodeNr == 0) {
         return {};
     }
     return XmlNode(nodes->nodeTab[0]);
 }
 
 std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
-    const XPathResult result = evaluate(node_, query);
-    const xmlNodeSetPtr nodes = result.object->nodesetval;
+    if (node_ != nullptr) {
+        if (const ElementPath *path = elementPath(query)) {
+            const std::vector<xmlNodePtr> elements = SelectElements(node_, *path, false);
+            return std::vector<XmlNode>(elements.begin(), elements.end());
+        }
+    }
+    const XPathObject result = evaluate(node_, query);
+    const xmlNodeSetPtr nodes = result->nodesetval;
     std::vector<XmlNode> found;
-    if (result.object->type == XPATH_NODESET && nodes != nullptr) {
+    if (result->type == XPATH_NODESET && nodes != nullptr) {
         found.reserve(nodes->nodeNr);
         for (int i = 0; i < nodes->nodeNr; ++i) {
             found.emplace_back(nodes->nodeTab[i]);
@@ -312,23 +393,28 @@ XmlDocument::XmlDocument() {
 }
 
 XmlDocument::~XmlDocument() {
+    dropQueryContext();
     freeUnlinked();
     xmlFreeDoc(doc_);
 }
 
 XmlDocument::XmlDocument(XmlDocument &&other) noexcept
-    : doc_(other.doc_), unplaced_(std::move(other.unplaced_)),
+    : doc_(other.doc_), queryContext_(other.queryContext_), unplaced_(std::move(other.unplaced_)),
       parseError_(std::move(other.parseError_)) {
     other.doc_ = nullptr;
+    other.queryContext_ = nullptr;
     other.unplaced_.clear();
     claimDocument();
 }
 
 XmlDocument &XmlDocument::operator=(XmlDocument &&other) noexcept {
     if (this != &other) {
+        dropQueryContext();
         freeUnlinked();
         xmlFreeDoc(doc_);
         doc_ = other.doc_;
+        queryContext_ = other.queryContext_;
+        other.queryContext_ = nullptr;
         unplaced_ = std::move(other.unplaced_);
         parseError_ = std::move(other.parseError_);
         other.doc_ = nullptr;
@@ -343,6 +429,18 @@ void XmlDocument::freeUnlinked() {
         xmlFreeNode(node);
     }
     unplaced_.clear();
+}
+
+_xmlXPathContext *XmlDocument::queryContext() {
+    if (queryContext_ == nullptr) {
+        queryContext_ = newQueryContext(doc_);
+    }
+    return queryContext_;
+}
+
+void XmlDocument::dropQueryContext() {
+    xmlXPathFreeContext(queryContext_);
+    queryContext_ = nullptr;
 }
 
 void XmlDocument::claimDocument() {
@@ -402,6 +500,7 @@ bool XmlDocument::parse(const std::string &bytes, bool decoded) {
 }
 
 void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
+    dropQueryContext();
     freeUnlinked();
     xmlFreeDoc(doc_);
     doc_ = parsed;

@@ -7,6 +7,7 @@
 
 struct _xmlNode;
 struct _xmlDoc;
+struct _xmlXPathContext;
 
 namespace mirelo::platform {
 
@@ -114,8 +115,13 @@ class XmlDocument {
     void claimDocument();
     friend _xmlNode *placeNode(_xmlNode *target, _xmlNode *node);
     friend void detachChildren(_xmlNode *parent);
+    friend _xmlXPathContext *queryContextOf(_xmlDoc *doc);
+    // The one query context of this document, made at its first query.
+    _xmlXPathContext *queryContext();
+    void dropQueryContext();
 
     _xmlDoc *doc_ = nullptr;
+    _xmlXPathContext *queryContext_ = nullptr;
     // Nodes made here and not yet placed in any tree, or taken out of it; they are freed with
     // the document.
     std::unordered_set<_xmlNode *> unplaced_;

@@ -163,13 +163,20 @@ MedicationOverview FillFlexGrid(const platform::XmlDocument &patient, bool showA
     return view;
 }
 
-MedicationOverview ReadPatientFolder(const std::string &pnr, bool showAll, int gridRows) {
+MedicationOverview ReadPatientFolder(const std::string &pnr, bool showAll, int gridRows,
+                                     std::optional<PatientReading> *reading) {
     MedicationOverview view;
     view.gridRows = gridRows;
+    if (reading != nullptr) {
+        reading->reset();
+    }
     try {
-        const platform::XmlDocument patient =
-            ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path);
+        const std::string path = platform::GetFile(PatientFilePath(pnr)).Path;
+        platform::XmlDocument patient = ReadPatientFile(path);
         view = FillFlexGrid(patient, showAll, gridRows);
+        if (reading != nullptr) {
+            reading->emplace(PatientReading{path, std::move(patient)});
+        }
     } catch (const MireloError &error) {
         view.failure = error;
     }

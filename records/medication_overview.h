@@ -119,8 +119,17 @@ struct MedicationOverview {
 // the fill, which only grows.
 MedicationOverview FillFlexGrid(const platform::XmlDocument &patient, bool showAll, int gridRows);
 
+// A patient file as one action read it, for the next step of the same action to use instead of
+// reading the file again: opening a patient fills the grid and then shows the first row.
+struct PatientReading {
+    std::string path;
+    platform::XmlDocument patient;
+};
+
 // Finds the patient's file, reads it once and fills. A missing file comes back as 0x80040207
-// "Patientens fil saknas."; a damaged one as 0x80040204 with nothing cleared.
-MedicationOverview ReadPatientFolder(const std::string &pnr, bool showAll, int gridRows);
+// "Patientens fil saknas."; a damaged one as 0x80040204 with nothing cleared. When `reading`
+// is given it receives the document the fill was made from, or nothing if there was none.
+MedicationOverview ReadPatientFolder(const std::string &pnr, bool showAll, int gridRows,
+                                     std::optional<PatientReading> *reading = nullptr);
 
 } // namespace mirelo

@@ -14,8 +14,14 @@ std::string numberAndDescription(const MireloError &error) {
 } // namespace
 
 std::optional<DetailPanel> DetailPanelOnSelChange(const std::string &pnr,
-                                                  const GridSelection &selection) {
-    const platform::XmlDocument patient = ReadPatientFile(PatientFilePath(pnr));
+                                                  const GridSelection &selection,
+                                                  const PatientReading *alreadyRead) {
+    const std::string path = PatientFilePath(pnr);
+    std::optional<platform::XmlDocument> readNow;
+    if (alreadyRead == nullptr || alreadyRead->path != path) {
+        readNow.emplace(ReadPatientFile(path));
+    }
+    const platform::XmlDocument &patient = readNow ? *readNow : alreadyRead->patient;
     const bool onHeading =
         (selection.mouseCol == medication_grid::WarningOrNoteIcon || selection.mouseRow == 0) &&
         selection.row == 0;

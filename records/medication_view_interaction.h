@@ -40,8 +40,11 @@ struct DetailPanel {
 // FlexGrid_SelChange: reads the patient's file afresh (a damaged file is 0x80040204, a
 // missing one 53) and gives the panel of the product on the current row, the empty panel of
 // a blank row, or nothing when the selection is on the heading.
+// Within one action that has just read the file, `alreadyRead` stands in for reading it again
+// when it was read from the very path the number leads to.
 std::optional<DetailPanel> DetailPanelOnSelChange(const std::string &pnr,
-                                                  const GridSelection &selection);
+                                                  const GridSelection &selection,
+                                                  const PatientReading *alreadyRead = nullptr);
 
 // What a mouse button going down in the grid asks for. `picture` is the ImageList1 number
 // the cell shows: in column 2 the clicked cell, in columns 0 and 1 the cell of the current

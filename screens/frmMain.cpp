@@ -163,6 +163,7 @@ void frmMain::SearchPatient(const std::string &key) {
     const std::string pnr = *outcome.openInMedicationView;
     frmShowPatient &view = Screen<frmShowPatient>();
     mainApp &frame = Screen<mainApp>();
+    const frmShowPatient::OneReading reading(view);
     ignoringFailures([&] { view.ReadPatientFolder(pnr); });
     ignoringFailures([&] { frame.placeChild(&view, 0, 0); });
     ignoringFailures([&] { frame.showChild(&view); });
@@ -197,6 +198,7 @@ void frmMain::openSelectedLine() {
     const QListWidgetItem *selected = List1->currentItem();
     const std::string pnr = PnrOfListLine(selected ? selected->text().toStdString() : "");
     frmShowPatient &view = Screen<frmShowPatient>();
+    const frmShowPatient::OneReading reading(view);
     // The view is filled while still hidden, so a failure leaves the screen as it was.
     view.ReadPatientFolder(pnr);
     mainApp &frame = Screen<mainApp>();

@@ -197,7 +197,17 @@ std::string frmShowPatient::pnr() const {
 }
 
 void frmShowPatient::ReadPatientFolder(const std::string &pnr) {
-    showOverview(mirelo::ReadPatientFolder(pnr, chkMode->isChecked(), FlexGrid->Rows()));
+    showOverview(mirelo::ReadPatientFolder(pnr, chkMode->isChecked(), FlexGrid->Rows(),
+                                           sharingReading_ ? &reading_ : nullptr));
+}
+
+frmShowPatient::OneReading::OneReading(frmShowPatient &view) : view_(view) {
+    view_.sharingReading_ = true;
+}
+
+frmShowPatient::OneReading::~OneReading() {
+    view_.sharingReading_ = false;
+    view_.reading_.reset();
 }
 
 void frmShowPatient::SetupFlexGrid() {
@@ -238,22 +248,25 @@ void frmShowPatient::showOverview(const MedicationOverview &overview) {
         if (overview.txtFName) {
             setGrowingText(txtFName, *overview.txtFName);
         }
-        for (size_t index = 0; index < overview.rows.size(); ++index) {
-            const int row = static_cast<int>(index) + 1;
-            for (int col = 0; col < medication_grid::Cols; ++col) {
-                const GridCell &cell = overview.rows[index].cells[col];
-                FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
-                FlexGrid->setCellPictureAt(row, col, cell.picture);
-                if (cell.alignment) {
-                    FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
-                }
-                if (cell.foreColor) {
-                    FlexGrid->setCellForeColorAt(
-                        row, col,
-                        QColor(cell.foreColor->red, cell.foreColor->green, cell.foreColor->blue));
+        FlexGrid->writeCellsTogether([&] {
+            for (size_t index = 0; index < overview.rows.size(); ++index) {
+                const int row = static_cast<int>(index) + 1;
+                for (int col = 0; col < medication_grid::Cols; ++col) {
+                    const GridCell &cell = overview.rows[index].cells[col];
+                    FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
+                    FlexGrid->setCellPictureAt(row, col, cell.picture);
+                    if (cell.alignment) {
+                        FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
+                    }
+                    if (cell.foreColor) {
+                        FlexGrid->setCellForeColorAt(row, col,
+                                                     QColor(cell.foreColor->red,
+                                                            cell.foreColor->green,
+                                                            cell.foreColor->blue));
+                    }
                 }
             }
-        }
+        });
         FlexGrid->setRow(overview.currentRow);
         FlexGrid->setCol(medication_grid::Cols - 1);
         if (overview.standingButton) {
@@ -272,7 +285,8 @@ void frmShowPatient::FlexGrid_SelChange() {
     const GridSelection selection{FlexGrid->MouseRow(), FlexGrid->MouseCol(), row,
                                   FlexGrid->TextMatrix(row, medication_grid::Product).toStdString(),
                                   FlexGrid->TextMatrix(row, medication_grid::ID).toStdString()};
-    const std::optional<DetailPanel> panel = DetailPanelOnSelChange(pnr(), selection);
+    const std::optional<DetailPanel> panel =
+        DetailPanelOnSelChange(pnr(), selection, reading_ ? &*reading_ : nullptr);
     FlexGrid->setCol(medication_grid::Product);
     if (!panel) {
         return;
@@ -422,6 +436,7 @@ void frmShowPatient::cmdAllergicHistory_Click() {
 
 void frmShowPatient::chkMode_Click() {
     try {
+        const OneReading reading(*this);
         ReadPatientFolder(pnr());
         FlexGrid->setRow(1);
         FlexGrid_SelChange();

@@ -63,6 +63,19 @@ class frmShowPatient : public QWidget {
     void Form_Load();
     // Reads the patient's file and fills the grid; the caller owns the selection.
     void ReadPatientFolder(const std::string &pnr);
+
+    // While one lives, the file the fill read serves the selection that follows in the same
+    // action (opening a patient, switching the list's mode), instead of being read again.
+    class OneReading {
+      public:
+        explicit OneReading(frmShowPatient &view);
+        ~OneReading();
+        OneReading(const OneReading &) = delete;
+        OneReading &operator=(const OneReading &) = delete;
+
+      private:
+        frmShowPatient &view_;
+    };
     void SetupFlexGrid();
 
     void FlexGrid_SelChange();
@@ -83,6 +96,9 @@ class frmShowPatient : public QWidget {
     void showOverview(const MedicationOverview &overview);
     void tickInOrOut(GridClick click, int row);
     std::string pnr() const;
+
+    bool sharingReading_ = false;
+    std::optional<PatientReading> reading_;
 };
 
 } // namespace mirelo::screens

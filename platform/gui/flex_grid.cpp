@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QStyleHints>
 #include <QStyledItemDelegate>
 #include <algorithm>
@@ -317,11 +318,30 @@ void FlexGrid::setRowHeightTwips(int row, int twips) {
 }
 
 void FlexGrid::Clear() {
-    for (int row = 0; row < rowCount(); ++row) {
-        for (int col = 0; col < columnCount(); ++col) {
-            setItem(row, col, new QTableWidgetItem());
+    writeCellsTogether([this] {
+        for (int row = 0; row < rowCount(); ++row) {
+            for (int col = 0; col < columnCount(); ++col) {
+                setItem(row, col, new QTableWidgetItem());
+            }
         }
+    });
+}
+
+void FlexGrid::writeCellsTogether(const std::function<void()> &writes) {
+    const auto announce = [this] {
+        if (rowCount() > 0 && columnCount() > 0) {
+            emit model()->dataChanged(model()->index(0, 0),
+                                      model()->index(rowCount() - 1, columnCount() - 1));
+        }
+    };
+    try {
+        const QSignalBlocker quiet(model());
+        writes();
+    } catch (...) {
+        announce();
+        throw;
     }
+    announce();
 }
 
 void FlexGrid::AddItem(const QString &tabSeparated) {

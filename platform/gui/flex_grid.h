@@ -92,6 +92,10 @@ class FlexGrid : public QTableWidget {
 
     // Empties every cell of text, picture and format; rows, columns and widths stay.
     void Clear();
+    // Runs cell writes (texts, pictures, formats; not the row or column count) and lets the
+    // view hear of them once at the end rather than once per cell and property: a list of a
+    // thousand products is written in one go.
+    void writeCellsTogether(const std::function<void()> &writes);
     // A new last row, its cells taken from the tab-separated text.
     void AddItem(const QString &tabSeparated);
 
