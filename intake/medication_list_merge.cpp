@@ -64,9 +64,9 @@ struct ProductsOfRegNr {
 // read once however many items share its RegNr. The first item reads every product's RegNr, in
 // the same order and with the same failures as a single merge, and keeps the products by RegNr.
 // The first item of a RegNr retires the file's products of it; a later one needs only the
-// product taken in before it: that one is the only one still checked, and it already carries
-// the history mark, note and warning that all the others would hand on. With products apart,
-// nothing a merge changes moves a product or alters a RegNr, so what is kept stays true.
+// product taken in before it: the others are retired already, and that one carries the history
+// mark, note and warning that they would hand on. With products apart, nothing a merge changes
+// moves a product or alters a RegNr, so what is kept stays true.
 class MessageMerge {
   public:
     MessageMerge(platform::XmlDocument &patient, std::vector<platform::XmlNode> medicalLists)
