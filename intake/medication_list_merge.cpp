@@ -4,6 +4,11 @@
 #include "core/mirelo_error.h"
 #include "intake/product_record.h"
 
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
 namespace mirelo {
 namespace {
 
@@ -27,6 +32,113 @@ void retireOlderProduct(const platform::XmlNode &older, const platform::XmlNode 
     }
 }
 
+std::string regNrOf(const platform::XmlNode &product) {
+    return product.selectSingleNode("RegNr").text();
+}
+
+// A file as the program writes it keeps its products side by side. A hand-edited one may hold
+// a product, or the MedicalList, inside another product; there retiring a product can change
+// another's RegNr or take products out of the file, so every item has to look at the whole
+// file again.
+bool productsStandApart(const platform::XmlDocument &patient,
+                        const std::vector<platform::XmlNode> &medicalLists) {
+    if (!patient.selectSingleNode("//Product[ancestor::Product]").isNull()) {
+        return false;
+    }
+    for (const platform::XmlNode &list : medicalLists) {
+        if (!list.selectSingleNode("ancestor::Product").isNull()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The products of one RegNr that were in the file before the message, in document order, and
+// the one of them that this message took in last.
+struct ProductsOfRegNr {
+    std::vector<platform::XmlNode> inFile;
+    platform::XmlNode lastTakenIn;
+};
+
+// Takes the items of one message into a file whose products stand apart, each older product
+// read once however many items share its RegNr. The first item reads every product's RegNr, in
+// the same order and with the same failures as a single merge, and keeps the products by RegNr.
+// The first item of a RegNr retires the file's products of it; a later one needs only the
+// product taken in before it: the others are retired already, and that one carries the history
+// mark, note and warning that they would hand on. With products apart, nothing a merge changes
+// moves a product or alters a RegNr, so what is kept stays true.
+class MessageMerge {
+  public:
+    MessageMerge(platform::XmlDocument &patient, std::vector<platform::XmlNode> medicalLists)
+        : patient_(patient), medicalLists_(std::move(medicalLists)) {}
+
+    void takeIn(const platform::XmlNode &product) {
+        if (medicalList_.isNull()) {
+            takeInFirst(product);
+            return;
+        }
+        const std::string regNr = regNrOf(product);
+        if (const auto found = byRegNr_.find(regNr); found != byRegNr_.end()) {
+            const ProductsOfRegNr &older = found->second;
+            if (older.lastTakenIn) {
+                retireOlderProduct(older.lastTakenIn, product);
+            } else {
+                for (const platform::XmlNode &each : older.inFile) {
+                    retireOlderProduct(each, product);
+                }
+            }
+        }
+        placeFirst(product, regNr);
+    }
+
+  private:
+    void takeInFirst(const platform::XmlNode &product) {
+        const bool listIsNew = medicalLists_.empty();
+        medicalList_ =
+            listIsNew ? patient_.createNode(platform::XmlDocument::NODE_ELEMENT, "MedicalList", "")
+                      : medicalLists_.front();
+
+        const std::string regNr = regNrOf(product);
+        const std::vector<platform::XmlNode> olderProducts = patient_.selectNodes("//Product");
+        // With products apart, the first RegNr of each product comes in the products' order:
+        // when every product has one, the lists pair up and no product is searched on its own.
+        const std::vector<platform::XmlNode> regNrs = patient_.selectNodes("//Product/RegNr[1]");
+        const bool paired = regNrs.size() == olderProducts.size();
+        for (size_t i = 0; i < olderProducts.size(); ++i) {
+            const platform::XmlNode &older = olderProducts[i];
+            const std::string olderRegNr = paired ? regNrs[i].text() : regNrOf(older);
+            if (olderRegNr.empty()) {
+                continue;
+            }
+            byRegNr_[olderRegNr].inFile.push_back(older);
+            if (olderRegNr == regNr) {
+                retireOlderProduct(older, product);
+            }
+        }
+
+        const std::vector<platform::XmlNode> entries = medicalList_.childNodes();
+        firstEntry_ = entries.empty() ? platform::XmlNode() : entries.front();
+        placeFirst(product, regNr);
+        if (listIsNew) {
+            patient_.documentElement().appendChild(medicalList_);
+        }
+    }
+
+    // An empty RegNr is never matched, so a product without one isn't kept.
+    void placeFirst(const platform::XmlNode &product, const std::string &regNr) {
+        firstEntry_ = medicalList_.insertBefore(product, firstEntry_);
+        if (!regNr.empty()) {
+            byRegNr_[regNr].lastTakenIn = firstEntry_;
+        }
+    }
+
+    platform::XmlDocument &patient_;
+    const std::vector<platform::XmlNode> medicalLists_;
+    platform::XmlNode medicalList_;
+    platform::XmlNode firstEntry_;
+    std::unordered_map<std::string, ProductsOfRegNr> byRegNr_;
+};
+
 } // namespace
 
 void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocument &patient) {
@@ -36,8 +148,20 @@ void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocum
         throw MireloError(errors::PatientFileDamaged,
                           withReason("Patientfil är skadad.", products.parseError().reason));
     }
-    for (const platform::XmlNode &product : products.selectNodes("//Product")) {
-        MergeProductIntoMedicalList(patient, product);
+    const std::vector<platform::XmlNode> newProducts = products.selectNodes("//Product");
+    if (newProducts.empty()) {
+        return;
+    }
+    std::vector<platform::XmlNode> medicalLists = patient.selectNodes("//MedicalList");
+    if (!productsStandApart(patient, medicalLists)) {
+        for (const platform::XmlNode &product : newProducts) {
+            MergeProductIntoMedicalList(patient, product);
+        }
+        return;
+    }
+    MessageMerge merge(patient, std::move(medicalLists));
+    for (const platform::XmlNode &product : newProducts) {
+        merge.takeIn(product);
     }
 }
 
@@ -47,9 +171,9 @@ void MergeProductIntoMedicalList(platform::XmlDocument &patient, platform::XmlNo
         listIsNew ? patient.createNode(platform::XmlDocument::NODE_ELEMENT, "MedicalList", "")
                   : patient.selectSingleNode("//MedicalList");
 
-    const std::string regNr = product.selectSingleNode("RegNr").text();
+    const std::string regNr = regNrOf(product);
     for (const platform::XmlNode &older : patient.selectNodes("//Product")) {
-        const std::string olderRegNr = older.selectSingleNode("RegNr").text();
+        const std::string olderRegNr = regNrOf(older);
         if (olderRegNr.empty() || olderRegNr != regNr) {
             continue;
         }

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <utility>
+#include <vector>
 
 namespace mirelo {
 namespace {
@@ -15,7 +16,19 @@ namespace {
 // The parser code for a DTD that isn't at hand; such a message is taken as sound.
 constexpr int32_t MissingDtd = static_cast<int32_t>(0xC00CE014);
 
-constexpr const char *SubjectOfCare = "//SubjectOfCare/PatientMatchingInfo/";
+constexpr const char *SubjectOfCare = "//SubjectOfCare/PatientMatchingInfo";
+constexpr const char *PatientData = "//PatientData";
+
+// The first node at base + "/" + path. Where the base is one node, only that node is searched,
+// not the whole document again for every field.
+platform::XmlNode firstAt(const platform::XmlDocument &document,
+                          const std::vector<platform::XmlNode> &bases, const char *base,
+                          const char *path) {
+    if (bases.size() == 1) {
+        return bases.front().selectSingleNode(path);
+    }
+    return document.selectSingleNode(std::string(base) + "/" + path);
+}
 
 // Where each personal field of the patient comes from in the message, in the order written.
 const std::array<std::pair<const char *, const char *>, 6> PersonalFields = {{
@@ -55,8 +68,8 @@ platform::XmlDocument openPatient(const std::string &patientPath) {
 
 std::string ImportPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
-    const std::string pnr =
-        message.selectSingleNode(std::string(SubjectOfCare) + "PatientId/IdValue").text();
+    const std::vector<platform::XmlNode> subjects = message.selectNodes(SubjectOfCare);
+    const std::string pnr = firstAt(message, subjects, SubjectOfCare, "PatientId/IdValue").text();
     // A number that would name a path outside the data folder is no number: the message is
     // set aside as one without a patient, and nothing is written.
     if (!IsPatientFileName(pnr)) {
@@ -65,10 +78,10 @@ std::string ImportPrescriptionFile(const std::string &path) {
     const std::string patientPath = PatientFilePath(pnr);
     platform::XmlDocument patient = openPatient(patientPath);
 
+    const std::vector<platform::XmlNode> patientData = patient.selectNodes(PatientData);
     for (const auto &[field, source] : PersonalFields) {
-        const std::string value =
-            message.selectSingleNode(std::string(SubjectOfCare) + source).text();
-        patient.selectSingleNode(std::string("//PatientData/") + field).setText(value);
+        const std::string value = firstAt(message, subjects, SubjectOfCare, source).text();
+        firstAt(patient, patientData, PatientData, field).setText(value);
     }
 
     TakeInMessageItems(message, patient);

@@ -5,6 +5,7 @@
 #include "core/document_building.h"
 #include "intake/message_paths.h"
 
+#include <optional>
 #include <string>
 
 namespace mirelo {
@@ -33,13 +34,37 @@ std::string dosageText(const platform::XmlNode &item) {
     return dosage ? dosage.text() : std::string();
 }
 
+// What every product of a message repeats, looked up in the whole message once, at the point
+// where the first product needs it, so that a message lacking it fails there as before.
+class MessageWideText {
+  public:
+    explicit MessageWideText(const platform::XmlNode &message) : message_(message) {}
+
+    const std::string &setId() { return lookUp(setId_, "//PrescriptionSetId"); }
+    const std::string &prescriber() { return lookUp(prescriber_, message_paths::PrescriberName); }
+    const std::string &issued() { return lookUp(issued_, message_paths::IssueTimestamp); }
+
+  private:
+    const std::string &lookUp(std::optional<std::string> &text, const char *query) {
+        if (!text) {
+            text = textOf(message_, query);
+        }
+        return *text;
+    }
+
+    platform::XmlNode message_;
+    std::optional<std::string> setId_;
+    std::optional<std::string> prescriber_;
+    std::optional<std::string> issued_;
+};
+
 void appendProduct(platform::XmlDocument &products, const platform::XmlNode &root,
-                   const platform::XmlNode &message, const platform::XmlNode &item) {
+                   MessageWideText &message, const platform::XmlNode &item) {
     const platform::XmlNode product = AppendElement(products, root, "Product");
     const auto field = [&](const char *name, const std::string &text) {
         AppendField(products, product, name, text);
     };
-    field("ID", textOf(message, "//PrescriptionSetId") + "_" + textOf(item, "PrescriptionItemId"));
+    field("ID", message.setId() + "_" + textOf(item, "PrescriptionItemId"));
     field("Vnr",
           textOf(item,
                  "PrescribedMedicinalProduct/MedicinalProduct/ManufacturedProductId/ProductId"));
@@ -62,16 +87,16 @@ void appendProduct(platform::XmlDocument &products, const platform::XmlNode &roo
         field("TimeValue", textOf(item, std::string(Repeats) + "TimeInterval/TimeValue"));
         field("TimeUnit", textOf(item, std::string(Repeats) + "TimeInterval/TimeUnit"));
     }
-    field("PrescribedBy", textOf(message, message_paths::PrescriberName));
-    field("PrescribedTimestamp", textOf(message, message_paths::IssueTimestamp));
+    field("PrescribedBy", message.prescriber());
+    field("PrescribedTimestamp", message.issued());
     field("Checked", "1");
     field("ExtendedMedicalInfo", "");
     field("ExtendedMedicalInfoBy", "");
     field("ExtendedMedicalInfoTimestamp", "");
     // The prescriber put the medication in, at the moment of the prescription; not the local
     // user at the moment of intake.
-    field("InsertedBy", textOf(message, message_paths::PrescriberName));
-    field("InsertedTimestamp", textOf(message, message_paths::IssueTimestamp));
+    field("InsertedBy", message.prescriber());
+    field("InsertedTimestamp", message.issued());
     field("TakenOutBy", "");
     field("TakenOutTimestamp", "");
     field("Allergic", "0");
@@ -83,8 +108,9 @@ void appendProduct(platform::XmlDocument &products, const platform::XmlNode &roo
 platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
     platform::XmlDocument products;
     const platform::XmlNode root = StartDocument(products, "VnrCheck");
+    MessageWideText messageWide(message.asNode());
     for (const platform::XmlNode &item : message.selectNodes("//PrescriptionItemDetails")) {
-        appendProduct(products, root, message.asNode(), item);
+        appendProduct(products, root, messageWide, item);
     }
     return products;
 }

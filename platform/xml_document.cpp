@@ -2,6 +2,7 @@
 
 #include "core/mirelo_error.h"
 #include "platform/element_path.h"
+#include "platform/entity_expansion.h"
 #include "platform/file_system.h"
 #include "platform/parse_failure_reason.h"
 
@@ -485,6 +486,13 @@ bool XmlDocument::parse(const std::string &bytes, bool decoded) {
     if (parsed != nullptr && !context->nsWellFormed) {
         xmlFreeDoc(parsed);
         parsed = nullptr;
+    }
+    // Entities that multiply a small document's text are refused as the parser refuses an
+    // entity bomb, under the same code.
+    if (parsed != nullptr && ExceedsEntityExpansionLimit(parsed, bytes.size())) {
+        xmlFreeDoc(parsed);
+        parseError_ = {XML_ERR_ENTITY_LOOP, EntityExpansionRefusal()};
+        return false;
     }
     if (parsed == nullptr) {
         const xmlError *error = xmlCtxtGetLastError(context.get());

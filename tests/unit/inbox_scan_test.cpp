@@ -386,3 +386,33 @@ TEST_F(InboxScanTest, a_message_that_cannot_be_moved_or_deleted_ends_the_process
 }
 
 } // namespace
+
+TEST_F(InboxScanTest, a_message_whose_entities_multiply_its_text_is_refused_as_damaged) {
+    drop("first.xml", messageFor("88"));
+    tick(10);
+    const std::string before = mirelo::testing::readBytes(path("data/88.xml"));
+
+    // 77 KiB that would read as 256 MB: one 64 KiB entity used 4 000 times as a product name.
+    std::string text = mirelo::testing::prescriptionMessageText(messageFor("88"));
+    std::string uses;
+    for (int i = 0; i < 4000; ++i) {
+        uses += "&big;";
+    }
+    text.replace(text.find("Alvedon"), 7, uses);
+    text.insert(text.find("?>") + 2, "<!DOCTYPE NewPrescriptionMessage [<!ENTITY big \"" +
+                                         std::string(64 * 1024, 'x') + "\">]>");
+    mirelo::testing::writeBytes(path("in/big.xml"), text);
+    const auto inboxBefore = filesIn(path("in"));
+
+    EXPECT_THROW(tick(10), ProcessEnded);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text, "Receptfil är skadad.\r\nAnledning: Entiteterna ger mer text än "
+                             "tillåtet: högst tio gånger dokumentets storlek och aldrig mer än "
+                             "16 MiB.");
+    EXPECT_EQ(boxes[0].icon, platform::MsgBoxIcon::Stop);
+    EXPECT_EQ(mirelo::testing::readBytes(path("in/big.xml")), text);
+    EXPECT_EQ(filesIn(path("in")), inboxBefore);
+    EXPECT_EQ(filesIn(path("data")), std::set<std::string>{"88.xml"});
+    EXPECT_EQ(mirelo::testing::readBytes(path("data/88.xml")), before);
+    EXPECT_TRUE(filesIn(path("Error")).empty());
+}

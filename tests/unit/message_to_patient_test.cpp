@@ -1,6 +1,7 @@
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
 #include "intake/message_to_patient.h"
+#include "patient_file_builder.h"
 #include "prescription_message_builder.h"
 #include "stored_patient_reading.h"
 #include "test_environment.h"
@@ -186,3 +187,60 @@ TEST_F(MessageToPatientTest, a_failing_second_item_leaves_the_patient_file_as_it
 }
 
 } // namespace
+
+TEST_F(MessageToPatientTest, a_message_of_ten_thousand_items_is_taken_in_whole) {
+    // Each RegNr comes twice in the message, item i and item i + 5000; two of them are in the
+    // file already, one with a note and a warning to hand on.
+    constexpr int Items = 10000;
+    constexpr int Half = Items / 2;
+    mirelo::testing::ProductFields noted;
+    noted.id = "OLD_0";
+    noted.regNr = "R0";
+    noted.note = "Tål ej laktos";
+    noted.allergic = "1";
+    noted.allergicHistory = "1";
+    mirelo::testing::ProductFields other;
+    other.id = "OLD_X";
+    other.regNr = "X";
+    mirelo::testing::ProductFields last;
+    last.id = "OLD_LAST";
+    last.regNr = "R" + std::to_string(Half - 1);
+    mirelo::testing::storePatientFile(
+        "55.xml", mirelo::testing::patientText("55", "Ek", "Eva", {noted, other, last}));
+
+    PrescriptionMessage message;
+    message.pnr = "55";
+    for (int i = 0; i < Items; ++i) {
+        MessageItem item;
+        item.itemId = std::to_string(i);
+        item.regNr = "R" + std::to_string(i % Half);
+        message.items.push_back(item);
+    }
+    EXPECT_EQ(ImportPrescriptionFile(dropMessage(message)), "55");
+
+    const platform::XmlDocument patient = mirelo::testing::readStoredPatient(dataFile("55.xml"));
+    const auto ids = patient.selectNodes("/Patient/MedicalList/Product/ID");
+    const auto checked = patient.selectNodes("/Patient/MedicalList/Product/Checked");
+    ASSERT_EQ(ids.size(), Items + 3u);
+    ASSERT_EQ(checked.size(), Items + 3u);
+    // Newest first; each item's earlier twin, and the file's product of its RegNr, retired.
+    for (int i = 0; i < Items; ++i) {
+        const size_t at = Items - 1 - i;
+        ASSERT_EQ(ids[at].text(), "S1_" + std::to_string(i));
+        ASSERT_EQ(checked[at].text(), i < Half ? "0" : "1") << i;
+    }
+    const std::vector<std::pair<std::string, std::string>> older = {
+        {"OLD_0", "0"}, {"OLD_X", "1"}, {"OLD_LAST", "0"}};
+    for (size_t i = 0; i < older.size(); ++i) {
+        EXPECT_EQ(ids[Items + i].text(), older[i].first);
+        EXPECT_EQ(checked[Items + i].text(), older[i].second);
+    }
+    // The note and warning reach both items of that RegNr, the later one through the earlier.
+    for (const size_t at : {size_t{Items - 1}, size_t{Half - 1}}) {
+        const platform::XmlNode product = ids[at].selectSingleNode("..");
+        EXPECT_EQ(product.selectSingleNode("ExtendedMedicalInfo").text(), "Tål ej laktos");
+        EXPECT_EQ(product.selectSingleNode("Allergic").text(), "1");
+        EXPECT_EQ(product.selectSingleNode("AllergicHistory").text(), "1");
+    }
+    EXPECT_EQ(ids[0].selectSingleNode("../ExtendedMedicalInfo").text(), "");
+}

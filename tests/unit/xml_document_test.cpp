@@ -4,6 +4,8 @@
 #include "test_environment.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 using mirelo::MireloError;
 using mirelo::platform::ResponseStream;
@@ -268,4 +270,81 @@ TEST_F(XmlDocumentTest, common_queries_select_what_xpath_selects) {
     EXPECT_EQ(document.documentElement().selectSingleNode("Product").selectSingleNode("ID").text(),
               "1");
     EXPECT_THROW(document.selectNodes("//Product[ID = \"a\"b\"]"), MireloError);
+}
+
+namespace entities {
+
+const std::string Refusal = "Entiteterna ger mer text än tillåtet: högst tio gånger dokumentets "
+                            "storlek och aldrig mer än 16 MiB.";
+
+// A document declaring `entity` as &e; (and &a; as ten x), using &e; `uses` times in element
+// text or in an attribute, after `padding` bytes of plain text.
+std::string documentUsing(const std::string &entity, int uses, bool inAttribute,
+                          size_t padding = 0) {
+    std::string references;
+    for (int i = 0; i < uses; ++i) {
+        references += "&e;";
+    }
+    const std::string body = inAttribute ? "<b v=\"" + references + "\"/>" : references;
+    return "<!DOCTYPE a [<!ENTITY a \"xxxxxxxxxx\"><!ENTITY e \"" + entity + "\">]><a>" +
+           std::string(padding, 'p') + body + "</a>";
+}
+
+// Whether a document of `size` bytes whose references stand for `expanded` characters passes.
+bool withinLimit(size_t expanded, size_t size) {
+    return expanded <= 10 * size && expanded <= size_t{16} * 1024 * 1024;
+}
+
+} // namespace entities
+
+TEST_F(XmlDocumentTest, entities_may_stand_for_at_most_ten_times_the_documents_size) {
+    using entities::documentUsing;
+    // Ordinary escapes and character references are text already, and a small entity passes.
+    XmlDocument ordinary;
+    ASSERT_TRUE(ordinary.loadXML("<a>A &amp; B &#197;&#xE4; &lt;x&gt;</a>"));
+    EXPECT_EQ(ordinary.documentElement().text(), "A & B Åä <x>");
+    XmlDocument company;
+    ASSERT_TRUE(company.loadXML(documentUsing("Orion", 3, false)));
+    EXPECT_EQ(company.documentElement().text(), "OrionOrionOrion");
+
+    struct Case {
+        const char *what;
+        std::string entity;
+        size_t expandsTo;
+        bool inAttribute;
+        size_t padding;
+    };
+    const std::string kilobyte(1000, 'k');
+    const std::vector<Case> cases = {
+        {"in element text", kilobyte, 1000, false, 0},
+        {"in an attribute", kilobyte, 1000, true, 0},
+        {"nested in another entity", "&a;&a;&a;&a;&a;", 50, false, 0},
+        // 17.5 MiB from a 2 MiB document: inside ten times, above the cap.
+        {"beyond the cap", std::string(100 * 1024, 'c'), 100 * 1024, false, 2 * 1024 * 1024},
+    };
+    for (const Case &each : cases) {
+        // The fewest uses that break the limit, and one fewer; each use adds three bytes.
+        const size_t unused = documentUsing(each.entity, 0, each.inAttribute, each.padding).size();
+        int uses = 1;
+        while (entities::withinLimit(uses * each.expandsTo, unused + 3 * uses)) {
+            ++uses;
+        }
+        for (const int count : {uses - 1, uses}) {
+            const std::string text =
+                documentUsing(each.entity, count, each.inAttribute, each.padding);
+            XmlDocument document;
+            const bool parsed = document.loadXML(text);
+            EXPECT_EQ(parsed, count < uses) << each.what << ", " << count << " uses";
+            if (parsed) {
+                EXPECT_EQ(
+                    document.selectSingleNode(each.inAttribute ? "//b/@v" : "/a").text().size(),
+                    count * each.expandsTo + (each.inAttribute ? 0 : each.padding))
+                    << each.what;
+            } else {
+                EXPECT_EQ(document.parseError().errorCode, 89) << each.what;
+                EXPECT_EQ(document.parseError().reason, entities::Refusal) << each.what;
+                EXPECT_EQ(document.documentElement(), mirelo::platform::XmlNode());
+            }
+        }
+    }
 }
