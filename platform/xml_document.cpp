@@ -1,7 +1,6 @@
 #include "platform/xml_document.h"
 
 #include "core/mirelo_error.h"
-#include "platform/element_path.h"
 #include "platform/entity_expansion.h"
 #include "platform/file_system.h"
 #include "platform/parse_failure_reason.h"
@@ -163,22 +162,6 @@ xmlXPathContextPtr queryContextOf(xmlDocPtr doc) {
 }
 
 namespace {
-
-// The query as a path that a walk answers, or null. Queries repeat, a product's ID being the
-// only part that varies, so what was made of one is kept for the next time; the store is
-// emptied when it grows past any one screen's needs.
-const ElementPath *elementPath(const std::string &query) {
-    constexpr size_t MostKept = 4096;
-    thread_local std::unordered_map<std::string, std::optional<ElementPath>> paths;
-    auto found = paths.find(query);
-    if (found == paths.end()) {
-        if (paths.size() >= MostKept) {
-            paths.clear();
-        }
-        found = paths.emplace(query, ParseElementPath(query)).first;
-    }
-    return found->second ? &*found->second : nullptr;
-}
 
 XPathObject evaluate(xmlNodePtr node, const std::string &query) {
     if (node == nullptr) {
@@ -350,14 +333,6 @@ std::vector<XmlNode> XmlNode::childNodes() const {
 }
 
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {
-    // A product's fields and the patient's data are read this way many times per screen: a
-    // walk finds them without XPath and stops at the first.
-    if (node_ != nullptr) {
-        if (const ElementPath *path = elementPath(query)) {
-            const std::vector<xmlNodePtr> found = SelectElements(node_, *path, true);
-            return found.empty() ? XmlNode() : XmlNode(found.front());
-        }
-    }
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;
     if (result->type != XPATH_NODESET || nodes == nullptr || nodes->nodeNr == 0) {
@@ -367,12 +342,6 @@ XmlNode XmlNode::selectSingleNode(const std::string &query) const {
 }
 
 std::vector<XmlNode> XmlNode::selectNodes(const std::string &query) const {
-    if (node_ != nullptr) {
-        if (const ElementPath *path = elementPath(query)) {
-            const std::vector<xmlNodePtr> elements = SelectElements(node_, *path, false);
-            return std::vector<XmlNode>(elements.begin(), elements.end());
-        }
-    }
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;
     std::vector<XmlNode> found;

@@ -218,60 +218,6 @@ TEST_F(XmlDocumentTest, external_entities_and_dtds_are_never_loaded) {
 
 } // namespace
 
-// The common query shapes are answered by a walk of the tree; XPath gets the same query in
-// parentheses, which no walk takes, and both must select the same elements in the same order.
-TEST_F(XmlDocumentTest, common_queries_select_what_xpath_selects) {
-    XmlDocument document;
-    ASSERT_TRUE(document.loadXML(Declaration + R"(<!DOCTYPE r [<!ENTITY e "<ID>9</ID>">]>
-<r xmlns:n="urn:n">
-  <Product><ID>1</ID><Checked>0</Checked><Checked>1</Checked>
-    <Product><ID>2</ID><Checked>1</Checked></Product>
-  </Product>
-  <n:Product><ID>3</ID><Checked>1</Checked></n:Product>
-  <Product><ID><![CDATA[4]]></ID><Checked/><Note>a'b</Note></Product>
-  <Product>&e;<ID>5<b/>x</ID><Checked>1</Checked></Product>
-  <Patient><PatientData><Pnr>p1</Pnr></PatientData></Patient>
-  <Patient><Patient><PatientData><Pnr>p2</Pnr></PatientData></Patient>
-    <PatientData><Pnr>p3</Pnr></PatientData></Patient>
-</r>)"));
-    const struct {
-        const char *query;
-        size_t count;
-    } cases[] = {
-        {"//Product", 4},
-        {"//Product[Checked = \"1\"]", 3},
-        {"//Product[Checked = '0']", 1},
-        {"//Product[Checked = \"\"]", 1},
-        {"//Product[ID = \"4\"]", 1},
-        {"//Product[ID = '5x']", 1},
-        {"//Product[ID = \"9\"]", 0},
-        {"//Product[Note = \"a'b\"]", 1},
-        {"//Patient/PatientData/Pnr", 3},
-        {"//PatientData/Pnr", 3},
-        {"//r/Product/Product/ID", 1},
-        {"//ID", 5},
-        {"r", 1},
-        {"Product", 0},
-    };
-    for (const auto &[query, count] : cases) {
-        SCOPED_TRACE(query);
-        const std::string byXPath = "(" + std::string(query) + ")";
-        for (const mirelo::platform::XmlNode &context :
-             {document.asNode(), document.documentElement(),
-              document.selectSingleNode("(//Product)[2]")}) {
-            const auto walked = context.selectNodes(query);
-            EXPECT_EQ(walked, context.selectNodes(byXPath));
-            EXPECT_EQ(context.selectSingleNode(query), context.selectSingleNode(byXPath));
-        }
-        EXPECT_EQ(document.selectNodes(query).size(), count);
-    }
-    // Under the first Patient the second's number comes first in document order.
-    EXPECT_EQ(document.selectSingleNode("//Patient/PatientData/Pnr").text(), "p1");
-    EXPECT_EQ(document.documentElement().selectSingleNode("Product").selectSingleNode("ID").text(),
-              "1");
-    EXPECT_THROW(document.selectNodes("//Product[ID = \"a\"b\"]"), MireloError);
-}
-
 namespace entities {
 
 const std::string Refusal = "Entiteterna ger mer text än tillåtet: högst tio gånger dokumentets "
