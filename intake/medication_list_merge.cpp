@@ -15,25 +15,25 @@ namespace {
 // What the new product inherits from, and does to, one older product of the same RegNr.
 // Retiring it records no person: nobody took it out.
 void retireOlderProduct(const platform::XmlNode &older, const platform::XmlNode &product) {
-    const platform::XmlNode checked = older.selectSingleNode("Checked");
+    const platform::XmlNode checked = older.firstChildElement("Checked");
     if (CInt(checked.text()) == 1) {
         checked.setText("0");
     }
     // Once a product has an allergy record, every later prescription of it shows so.
-    if (CInt(older.selectSingleNode("AllergicHistory").text()) == 1) {
-        product.selectSingleNode("AllergicHistory").setText("1");
+    if (CInt(older.firstChildElement("AllergicHistory").text()) == 1) {
+        product.firstChildElement("AllergicHistory").setText("1");
     }
-    const std::string note = older.selectSingleNode("ExtendedMedicalInfo").text();
-    const std::string allergic = older.selectSingleNode("Allergic").text();
+    const std::string note = older.firstChildElement("ExtendedMedicalInfo").text();
+    const std::string allergic = older.firstChildElement("Allergic").text();
     const bool warned = CInt(allergic) != 0;
     if (!note.empty() || warned) {
-        product.selectSingleNode("ExtendedMedicalInfo").setText(note);
-        product.selectSingleNode("Allergic").setText(allergic);
+        product.firstChildElement("ExtendedMedicalInfo").setText(note);
+        product.firstChildElement("Allergic").setText(allergic);
     }
 }
 
 std::string regNrOf(const platform::XmlNode &product) {
-    return product.selectSingleNode("RegNr").text();
+    return product.firstChildElement("RegNr").text();
 }
 
 // A file as the program writes it keeps its products side by side. A hand-edited one may hold

@@ -332,6 +332,19 @@ std::vector<XmlNode> XmlNode::childNodes() const {
     return children;
 }
 
+XmlNode XmlNode::firstChildElement(const char *name) const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE && child->ns == nullptr &&
+            xmlStrEqual(child->name, reinterpret_cast<const xmlChar *>(name))) {
+            return XmlNode(child);
+        }
+    }
+    return {};
+}
+
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;

@@ -43,6 +43,9 @@ class XmlNode {
     // A null reference appends, as the list's first child is null in an empty list.
     XmlNode insertBefore(XmlNode child, XmlNode reference) const;
     std::vector<XmlNode> childNodes() const;
+    // The first child element of that name in no namespace: what the query `name` selects
+    // first, found by a look along the children. A record's fields are read this way.
+    XmlNode firstChildElement(const char *name) const;
 
     // XPath 1.0 relative to this node; results in document order. An invalid query raises.
     XmlNode selectSingleNode(const std::string &query) const;

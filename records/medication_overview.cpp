@@ -5,6 +5,9 @@
 #include "records/product_fields.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
 
 namespace mirelo {
 namespace {
@@ -72,15 +75,30 @@ class GridFill {
     }
 
     // Two current products of one ATC code stand out in red, whole rows; past products and
-    // names play no part, and two empty codes are equal too.
+    // names play no part, and two empty codes are equal too. The grid was painted pair by
+    // pair, which left its current row on the later row of the last pair that matched: the
+    // last row of the code of the latest row that has a later twin.
     void markDuplicateAtc(int currentCount) {
-        for (int i = 1; i <= currentCount; ++i) {
-            for (int j = i + 1; j <= currentCount; ++j) {
-                if (text(i, ATC) == text(j, ATC)) {
-                    paintRow(i);
-                    paintRow(j);
-                }
+        std::unordered_map<std::string_view, std::vector<int>> rowsByAtc;
+        for (int row = 1; row <= currentCount; ++row) {
+            rowsByAtc[text(row, ATC)].push_back(row);
+        }
+        int latestWithTwin = 0;
+        int itsLastTwin = 0;
+        for (const auto &[atc, rows] : rowsByAtc) {
+            if (rows.size() < 2) {
+                continue;
             }
+            for (const int row : rows) {
+                paintRow(row);
+            }
+            if (rows[rows.size() - 2] > latestWithTwin) {
+                latestWithTwin = rows[rows.size() - 2];
+                itsLastTwin = rows.back();
+            }
+        }
+        if (itsLastTwin != 0) {
+            view_.currentRow = itsLastTwin;
         }
     }
 

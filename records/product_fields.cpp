@@ -5,7 +5,7 @@
 namespace mirelo {
 
 std::string ProductField(const platform::XmlNode &product, const char *name) {
-    return product.selectSingleNode(name).text();
+    return product.firstChildElement(name).text();
 }
 
 bool ProductFlagIsSet(const platform::XmlNode &product, const char *name) {
@@ -20,7 +20,7 @@ std::string ProductDisplayName(const platform::XmlNode &product) {
 }
 
 std::string ProductPackages(const platform::XmlNode &product) {
-    const platform::XmlNode size = product.selectSingleNode("PackageSize");
+    const platform::XmlNode size = product.firstChildElement("PackageSize");
     if (size.isNull()) {
         return {};
     }

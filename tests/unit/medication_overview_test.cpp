@@ -151,6 +151,42 @@ TEST_F(MedicationOverviewTest, FillFlexGrid_colours_current_rows_that_share_an_A
     }
 }
 
+// The grid compared the current rows pair by pair and painted both rows of every pair that
+// matched; its current row stayed on the later row of the last such pair.
+TEST_F(MedicationOverviewTest, FillFlexGrid_leaves_the_current_row_where_the_last_pair_matched) {
+    const struct {
+        const char *name;
+        std::vector<std::string> codes;
+        std::vector<bool> red;
+        int currentRow;
+    } cases[] = {
+        {"no twins: the last row written", {"A", "B", "C"}, {false, false, false}, 3},
+        {"an inner pair after an outer one",
+         {"A", "B", "B", "A", "C"},
+         {true, true, true, true, false},
+         3},
+        {"three of a code",
+         {"A", "B", "A", "B", "A", "C"},
+         {true, true, true, true, true, false},
+         5},
+        {"empty codes are twins", {"", "A", ""}, {true, false, true}, 3},
+    };
+    for (const auto &each : cases) {
+        std::vector<ProductFields> products;
+        for (size_t i = 0; i < each.codes.size(); ++i) {
+            products.push_back(product(std::to_string(i + 1), each.codes[i]));
+        }
+        const MedicationOverview view = FillFlexGrid(patient(products), false, 14);
+        ASSERT_FALSE(view.failure) << each.name;
+        std::vector<bool> red;
+        for (const MedicationRow &row : view.rows) {
+            red.push_back(row.cells[medication_grid::Product].foreColor == Red);
+        }
+        EXPECT_EQ(red, each.red) << each.name;
+        EXPECT_EQ(view.currentRow, each.currentRow) << each.name;
+    }
+}
+
 TEST_F(MedicationOverviewTest,
        FillFlexGrid_hides_past_products_unless_all_are_shown_and_counts_their_warnings) {
     ProductFields pastWithWarning = product("9", "A", "0");
