@@ -42,7 +42,7 @@ std::string regNrOf(const platform::XmlNode &product) {
 // file again.
 bool productsStandApart(const platform::XmlDocument &patient,
                         const std::vector<platform::XmlNode> &medicalLists) {
-    if (!patient.selectSingleNode("//Product[ancestor::Product]").isNull()) {
+    if (!patient.selectSingleNode("//Product//Product").isNull()) {
         return false;
     }
     for (const platform::XmlNode &list : medicalLists) {
@@ -99,14 +99,8 @@ class MessageMerge {
                       : medicalLists_.front();
 
         const std::string regNr = regNrOf(product);
-        const std::vector<platform::XmlNode> olderProducts = patient_.selectNodes("//Product");
-        // With products apart, the first RegNr of each product comes in the products' order:
-        // when every product has one, the lists pair up and no product is searched on its own.
-        const std::vector<platform::XmlNode> regNrs = patient_.selectNodes("//Product/RegNr[1]");
-        const bool paired = regNrs.size() == olderProducts.size();
-        for (size_t i = 0; i < olderProducts.size(); ++i) {
-            const platform::XmlNode &older = olderProducts[i];
-            const std::string olderRegNr = paired ? regNrs[i].text() : regNrOf(older);
+        for (const platform::XmlNode &older : patient_.selectNodes("//Product")) {
+            const std::string olderRegNr = regNrOf(older);
             if (olderRegNr.empty()) {
                 continue;
             }

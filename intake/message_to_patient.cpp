@@ -1,6 +1,7 @@
 #include "intake/message_to_patient.h"
 
 #include "core/document_building.h"
+#include "core/document_reading.h"
 #include "core/mirelo_error.h"
 #include "intake/medication_list_merge.h"
 #include "platform/file_system.h"
@@ -18,17 +19,6 @@ constexpr int32_t MissingDtd = static_cast<int32_t>(0xC00CE014);
 
 constexpr const char *SubjectOfCare = "//SubjectOfCare/PatientMatchingInfo";
 constexpr const char *PatientData = "//PatientData";
-
-// The first node at base + "/" + path. Where the base is one node, only that node is searched,
-// not the whole document again for every field.
-platform::XmlNode firstAt(const platform::XmlDocument &document,
-                          const std::vector<platform::XmlNode> &bases, const char *base,
-                          const char *path) {
-    if (bases.size() == 1) {
-        return bases.front().selectSingleNode(path);
-    }
-    return document.selectSingleNode(std::string(base) + "/" + path);
-}
 
 // Where each personal field of the patient comes from in the message, in the order written.
 const std::array<std::pair<const char *, const char *>, 6> PersonalFields = {{
@@ -69,7 +59,7 @@ platform::XmlDocument openPatient(const std::string &patientPath) {
 std::string ImportPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
     const std::vector<platform::XmlNode> subjects = message.selectNodes(SubjectOfCare);
-    const std::string pnr = firstAt(message, subjects, SubjectOfCare, "PatientId/IdValue").text();
+    const std::string pnr = FirstAt(message, subjects, SubjectOfCare, "PatientId/IdValue").text();
     // A number that would name a path outside the data folder is no number: the message is
     // set aside as one without a patient, and nothing is written.
     if (!IsPatientFileName(pnr)) {
@@ -80,8 +70,8 @@ std::string ImportPrescriptionFile(const std::string &path) {
 
     const std::vector<platform::XmlNode> patientData = patient.selectNodes(PatientData);
     for (const auto &[field, source] : PersonalFields) {
-        const std::string value = firstAt(message, subjects, SubjectOfCare, source).text();
-        firstAt(patient, patientData, PatientData, field).setText(value);
+        const std::string value = FirstAt(message, subjects, SubjectOfCare, source).text();
+        FirstAt(patient, patientData, PatientData, field).setText(value);
     }
 
     TakeInMessageItems(message, patient);

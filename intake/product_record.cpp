@@ -19,10 +19,15 @@ std::string textOf(const platform::XmlNode &from, const std::string &query) {
     return from.selectSingleNode(query).text();
 }
 
+// An item's own fields are its children, read along them rather than by a query each.
+std::string fieldOf(const platform::XmlNode &item, const char *name) {
+    return item.firstChildElement(name).text();
+}
+
 // An unregistered item gets a number no other product shares, so that it is never merged with
 // anything; two of them built within the same second do share it.
 std::string registeredNumber(const platform::XmlNode &item) {
-    const std::string regNr = textOf(item, "RegNr");
+    const std::string regNr = fieldOf(item, "RegNr");
     if (!regNr.empty()) {
         return regNr;
     }
@@ -64,21 +69,21 @@ void appendProduct(platform::XmlDocument &products, const platform::XmlNode &roo
     const auto field = [&](const char *name, const std::string &text) {
         AppendField(products, product, name, text);
     };
-    field("ID", message.setId() + "_" + textOf(item, "PrescriptionItemId"));
+    field("ID", message.setId() + "_" + fieldOf(item, "PrescriptionItemId"));
     field("Vnr",
           textOf(item,
                  "PrescribedMedicinalProduct/MedicinalProduct/ManufacturedProductId/ProductId"));
     field("RegNr", registeredNumber(item));
-    field("ProductName", textOf(item, "Pnmn"));
-    field("CompanyName", textOf(item, "Tknm"));
-    field("Form", textOf(item, "Berf"));
-    field("Str", textOf(item, "Strnum") + " " + textOf(item, "Strenh"));
-    field("ATCcode", textOf(item, "Atccode"));
+    field("ProductName", fieldOf(item, "Pnmn"));
+    field("CompanyName", fieldOf(item, "Tknm"));
+    field("Form", fieldOf(item, "Berf"));
+    field("Str", fieldOf(item, "Strnum") + " " + fieldOf(item, "Strenh"));
+    field("ATCcode", fieldOf(item, "Atccode"));
     field("SubstitutionType", "");
     field("CareCoverageType", textOf(item, "PaymentDetails/PaymentConditions/CareCoverageType"));
     field("NumberOfPackages",
           textOf(item, "PrescribedMedicinalProduct/MedicinalProduct/Package/NumberOfPackages"));
-    field("PackageSize", textOf(item, "Forpstl"));
+    field("PackageSize", fieldOf(item, "Forpstl"));
     field("UnstructuredDosageAdmin", dosageText(item));
     const std::string repeats = textOf(item, std::string(Repeats) + "DispensingRepeatNumber");
     field("DispensingRepeatNumber", repeats);

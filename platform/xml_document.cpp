@@ -116,13 +116,16 @@ class CompiledQueries {
 } // namespace
 
 // Readies a node for a place in the tree of `target`. Within one document the node itself
-// moves. From another document a copy moves: names of a parsed document belong to that
-// document's dictionary and can't change hands, so the original leaves its tree and stays with
-// its own document until that document goes.
+// moves, and so does an element of a document built in memory: its names and texts are its
+// own, so the target frees them as its own. From a parsed document a copy moves: names of a
+// parsed document belong to that document's dictionary and can't change hands, so the original
+// leaves its tree and stays with its own document until that document goes.
 xmlNodePtr placeNode(xmlNodePtr target, xmlNodePtr node) {
     XmlDocument *owner =
         node->doc != nullptr ? static_cast<XmlDocument *>(node->doc->_private) : nullptr;
-    if (node->doc == target->doc) {
+    const bool ownsItsStrings =
+        node->type == XML_ELEMENT_NODE && node->doc != nullptr && node->doc->dict == nullptr;
+    if (node->doc == target->doc || ownsItsStrings) {
         if (owner != nullptr) {
             owner->unplaced_.erase(node);
         }
@@ -214,13 +217,19 @@ int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, in
     return *outLength;
 }
 
+int appendToText(void *text, const char *bytes, int length) {
+    static_cast<std::string *>(text)->append(bytes, length);
+    return length;
+}
+
 // Writes a node or the whole document in the given encoding, nested elements indented by
 // tabs as the files have always been. Our own declaration node stands first; libxml2 adds none.
+// The text ends at its first NUL, as it always has: a two-byte encoding is cut there.
 std::string serialise(xmlNodePtr node, const char *encoding) {
     xmlTreeIndentString = "\t";
-    std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
+    std::string text;
     xmlSaveCtxtPtr save =
-        xmlSaveToBuffer(buffer.get(), encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
+        xmlSaveToIO(appendToText, nullptr, &text, encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
     if (save == nullptr) {
         runtime::raise(runtime::InvalidArgument);
     }
@@ -231,7 +240,8 @@ std::string serialise(xmlNodePtr node, const char *encoding) {
         xmlSaveTree(save, node);
     }
     xmlSaveClose(save);
-    return reinterpret_cast<const char *>(xmlBufferContent(buffer.get()));
+    text.resize(std::strlen(text.c_str()));
+    return text;
 }
 
 // The encoding the document's own declaration names; a document without one is UTF-8, as XML
@@ -332,17 +342,38 @@ std::vector<XmlNode> XmlNode::childNodes() const {
     return children;
 }
 
+namespace {
+
+bool isElementNamed(xmlNodePtr node, const char *name) {
+    return node->type == XML_ELEMENT_NODE && node->ns == nullptr &&
+           xmlStrEqual(node->name, reinterpret_cast<const xmlChar *>(name));
+}
+
+} // namespace
+
 XmlNode XmlNode::firstChildElement(const char *name) const {
     if (node_ == nullptr) {
         runtime::raise(runtime::ObjectNotSet);
     }
     for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
-        if (child->type == XML_ELEMENT_NODE && child->ns == nullptr &&
-            xmlStrEqual(child->name, reinterpret_cast<const xmlChar *>(name))) {
+        if (isElementNamed(child, name)) {
             return XmlNode(child);
         }
     }
     return {};
+}
+
+std::vector<XmlNode> XmlNode::childElements(const char *name) const {
+    if (node_ == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    std::vector<XmlNode> found;
+    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+        if (isElementNamed(child, name)) {
+            found.emplace_back(child);
+        }
+    }
+    return found;
 }
 
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {

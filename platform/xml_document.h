@@ -46,6 +46,8 @@ class XmlNode {
     // The first child element of that name in no namespace: what the query `name` selects
     // first, found by a look along the children. A record's fields are read this way.
     XmlNode firstChildElement(const char *name) const;
+    // Every such child, in document order: what the query `name` selects.
+    std::vector<XmlNode> childElements(const char *name) const;
 
     // XPath 1.0 relative to this node; results in document order. An invalid query raises.
     XmlNode selectSingleNode(const std::string &query) const;

@@ -1,5 +1,6 @@
 #include "records/medication_overview.h"
 
+#include "core/document_reading.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
 #include "records/product_fields.h"
@@ -131,22 +132,30 @@ class GridFill {
 
 void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview &view) {
     view.cleared = true;
-    view.txtPnr = patient.selectSingleNode("//Patient/PatientData/Pnr").text();
-    const std::string givenName =
-        patient.selectSingleNode("//Patient/PatientData/FirstGivenName").text();
-    view.txtFName =
-        givenName + " " + patient.selectSingleNode("//Patient/PatientData/FamilyName").text();
+    constexpr const char *PatientData = "//Patient/PatientData";
+    const std::vector<platform::XmlNode> data = patient.selectNodes(PatientData);
+    view.txtPnr = FirstAt(patient, data, PatientData, "Pnr").text();
+    const std::string givenName = FirstAt(patient, data, PatientData, "FirstGivenName").text();
+    view.txtFName = givenName + " " + FirstAt(patient, data, PatientData, "FamilyName").text();
 
     // The file keeps the newest product first, and the grid is never sorted.
     GridFill grid(view);
-    const std::vector<platform::XmlNode> current =
-        patient.selectNodes("//Product[Checked = \"1\"]");
+    const std::vector<platform::XmlNode> products = patient.selectNodes("//Product");
+    std::vector<platform::XmlNode> current;
+    std::vector<platform::XmlNode> past;
+    for (const platform::XmlNode &product : products) {
+        if (ProductCheckedIs(product, "1")) {
+            current.push_back(product);
+        }
+        if (ProductCheckedIs(product, "0")) {
+            past.push_back(product);
+        }
+    }
     for (const platform::XmlNode &product : current) {
         grid.writeRow(product);
     }
     grid.markDuplicateAtc(static_cast<int>(current.size()));
 
-    const std::vector<platform::XmlNode> past = patient.selectNodes("//Product[Checked = \"0\"]");
     if (showAll) {
         for (const platform::XmlNode &product : past) {
             grid.writeRow(product);

@@ -12,6 +12,15 @@ bool ProductFlagIsSet(const platform::XmlNode &product, const char *name) {
     return CInt(ProductField(product, name)) == 1;
 }
 
+bool ProductCheckedIs(const platform::XmlNode &product, const std::string &value) {
+    for (const platform::XmlNode &checked : product.childElements("Checked")) {
+        if (checked.text() == value) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::string ProductDisplayName(const platform::XmlNode &product) {
     const std::string name = ProductField(product, "ProductName");
     const std::string form = ProductField(product, "Form");

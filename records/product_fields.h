@@ -14,6 +14,10 @@ std::string ProductField(const platform::XmlNode &product, const char *name);
 // Flags are numeric text: an empty or wordy flag fails (13) instead of reading as "no".
 bool ProductFlagIsSet(const platform::XmlNode &product, const char *name);
 
+// Whether one of the product's Checked elements reads exactly `value`. A hand-edited product
+// with two of them stands wherever either points, current and past at once.
+bool ProductCheckedIs(const platform::XmlNode &product, const std::string &value);
+
 // Name, form, strength and maker, one blank between each two.
 std::string ProductDisplayName(const platform::XmlNode &product);
 

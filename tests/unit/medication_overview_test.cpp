@@ -203,6 +203,16 @@ TEST_F(MedicationOverviewTest,
 
     const MedicationOverview none = FillFlexGrid(patient({product("1", "B")}), true, 14);
     EXPECT_EQ(none.standingButton, ExtendedInfoButton::cmdNote);
+
+    // A hand-edited product with a Checked of each kind stands among the current and the past.
+    std::string twice = support::patientText("191212121212", "Tolvansson", "Tolvan",
+                                             {product("1", "B"), product("2", "C")});
+    const std::string tick = "<Checked>1</Checked>";
+    twice.replace(twice.find(tick), tick.size(), "<Checked>0</Checked>" + tick);
+    platform::XmlDocument handEdited;
+    ASSERT_TRUE(handEdited.loadXML(twice));
+    EXPECT_EQ(column(FillFlexGrid(handEdited, true, 14), medication_grid::ID),
+              (std::vector<std::string>{"1", "2", "1"}));
 }
 
 TEST_F(MedicationOverviewTest, FillFlexGrid_of_a_patient_without_medication_leaves_blank_rows) {
