@@ -17,11 +17,6 @@ namespace {
 
 constexpr const char *Pnr = "191212121212";
 
-Row timeRow(const std::string &operation, const Comparison &times, const std::string &target) {
-    return {operation, milliseconds(times.mirelo), milliseconds(times.limit),
-            ratioText(times.mirelo, times.limit), target};
-}
-
 // The message is taken into a patient file as the inbox scan does it, the file restored before
 // every run. The limit parses the plain text the intake leaves once and writes its stored
 // bytes once, in the same crash-safe way.

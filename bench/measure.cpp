@@ -44,6 +44,11 @@ std::string ratioText(double mirelo, double limit) {
     return text;
 }
 
+Row timeRow(const std::string &operation, const Comparison &times, const std::string &target) {
+    return {operation, milliseconds(times.mirelo), milliseconds(times.limit),
+            ratioText(times.mirelo, times.limit), target};
+}
+
 void printTable(const std::vector<Row> &rows) {
     const Row heading{"operation", "Mirelo", "limit", "ratio", "target"};
     size_t widths[5] = {};

@@ -39,6 +39,8 @@ struct Row {
 
 std::string milliseconds(double seconds);
 std::string ratioText(double mirelo, double limit);
+// A row of two medians, in milliseconds, and their ratio.
+Row timeRow(const std::string &operation, const Comparison &times, const std::string &target);
 void printTable(const std::vector<Row> &rows);
 
 } // namespace mirelo::bench

@@ -14,11 +14,6 @@ namespace {
 
 constexpr const char *Pnr = "191212121212";
 
-Row timeRow(const std::string &operation, const Comparison &times, const std::string &target) {
-    return {operation, milliseconds(times.mirelo), milliseconds(times.limit),
-            ratioText(times.mirelo, times.limit), target};
-}
-
 // The limit's grid: a plain table holding the same texts, one product a row.
 void fillPlainTable(QTableWidget &table, const std::vector<std::vector<std::string>> &products) {
     table.clear();

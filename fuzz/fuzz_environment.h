@@ -1,5 +1,6 @@
 #pragma once
 
+#include "file_bytes.h"
 #include "platform/message_box.h"
 
 #include <map>
@@ -37,8 +38,8 @@ class FuzzEnvironment {
     std::string appDir_;
 };
 
-std::string readBytes(const std::string &path);
-void writeBytes(const std::string &path, const std::string &bytes);
+using testing::readBytes;
+using testing::writeBytes;
 
 // The stored bytes of a patient file whose plain bytes are given, by the scrambling rule
 // itself (even codes up by 3, odd codes up by 5, within the byte). The rule maps the 256 byte

@@ -6,8 +6,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace mirelo::testing {
 
@@ -44,16 +42,6 @@ void ApplicationTest::TearDown() {
     session() = SessionValues{};
     std::error_code ignored;
     std::filesystem::remove_all(appDir_, ignored);
-}
-
-std::string readBytes(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void writeBytes(const std::string &path, const std::string &bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
 }
 
 std::vector<std::string> filesHolding(const std::string &folder, const std::string &text,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "file_bytes.h"
 #include "platform/message_box.h"
 
 #include <QDateTime>
@@ -38,10 +39,6 @@ class ApplicationTest : public ::testing::Test {
 
 // The names of the files and folders directly under a folder.
 std::set<std::string> filesIn(const std::string &folder);
-
-// Files byte for byte.
-std::string readBytes(const std::string &path);
-void writeBytes(const std::string &path, const std::string &bytes);
 
 // The files under a folder whose bytes hold the text, all but the one left out: a secret is to
 // be in none of them.
