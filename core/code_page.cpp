@@ -173,6 +173,8 @@ std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding
     return bytes;
 }
 
+// Patient files are mostly ASCII: eight bytes whose characters all are ASCII are recoded
+// straight into place, their code being their UTF-8; any other eight go a character at a time.
 std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recoding) {
     const std::array<RecodedCharacter, 256> characters = recodedCharacters(recoding);
     // Three bytes of UTF-8 at most for each byte, and room for the fourth that every copy
@@ -180,11 +182,33 @@ std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recodin
     const std::unique_ptr<char[]> buffer(new char[bytes.size() * 3 + 4]);
     char *out = buffer.get();
     unsigned char placed = 1;
-    for (const char byte : bytes) {
-        const RecodedCharacter &character = characters[static_cast<unsigned char>(byte)];
+    const auto copyCharacter = [&](unsigned char byte) {
+        const RecodedCharacter &character = characters[byte];
         std::memcpy(out, character.bytes, 4);
         out += character.length;
         placed &= character.length != 0;
+    };
+    const auto *in = reinterpret_cast<const unsigned char *>(bytes.data());
+    const size_t size = bytes.size();
+    size_t i = 0;
+    for (; i + 8 <= size; i += 8) {
+        // A byte without a place recodes to -1, which is no ASCII code either.
+        int16_t codes = 0;
+        for (size_t k = 0; k < 8; ++k) {
+            const int16_t code = recoding[in[i + k]];
+            codes |= code;
+            out[k] = static_cast<char>(code);
+        }
+        if ((codes & ~0x7F) == 0) {
+            out += 8;
+            continue;
+        }
+        for (size_t k = 0; k < 8; ++k) {
+            copyCharacter(in[i + k]);
+        }
+    }
+    for (; i < size; ++i) {
+        copyCharacter(in[i]);
     }
     if (placed == 0) {
         runtime::raise(runtime::InvalidArgument);

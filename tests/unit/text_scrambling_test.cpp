@@ -51,8 +51,12 @@ TEST_F(TextScramblingTest, codes_that_would_leave_the_byte_range_fail_the_whole_
         EXPECT_EQ(failureNumber([&] { ScrambleText(std::string("Jörgen ") + letter); }), 5)
             << letter;
     }
+    // Among the last few bytes and among plain letters read eight at a time alike.
     for (const char stored : {'\x00', '\x01', '\x02', '\x04'}) {
-        EXPECT_EQ(failureNumber([&] { UnscrambleText(std::string("AB") + stored); }), 5);
+        for (const std::string &text :
+             {std::string("AB") + stored, std::string(7, 'A') + stored + std::string(8, 'B')}) {
+            EXPECT_EQ(failureNumber([&] { UnscrambleText(text); }), 5);
+        }
     }
 }
 
