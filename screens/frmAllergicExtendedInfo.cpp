@@ -17,8 +17,7 @@ namespace {
 const char *const NoClick = "NoClick";
 
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left) {
-    auto *button = makeControl<QPushButton>(parent, name, caption);
-    placeTwips(button, left, 1920, 975, 255);
+    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, 1920, 975, 255);
     button->setAutoDefault(false);
     return button;
 }

@@ -30,17 +30,9 @@ namespace grid = extended_info::grid;
 const QString NoChange = QStringLiteral("NoChange");
 const QString NoClick = QStringLiteral("NoClick");
 
-QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
-                  int width, int height) {
-    auto *label = makeControl<QLabel>(parent, name, caption);
-    placeTwips(label, left, top, width, height);
-    return label;
-}
-
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
                         int top, int width, int height) {
-    auto *button = makeControl<QPushButton>(parent, name, caption);
-    placeTwips(button, left, top, width, height);
+    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
     button->setAutoDefault(false);
     return button;
 }
@@ -82,11 +74,14 @@ frmExtendedInfo::frmExtendedInfo() {
     Frame2 = makeControl<QGroupBox>(this, "Frame2");
     placeTwips(Frame2, 360, 240, 11265, 4380);
     Text2 = makeTextBox(Frame2, "Text2", 120, 240, 10995, 435);
-    Label4 = makeLabel(Frame2, "Label4", QStringLiteral("Senast ändrad av:"), 120, 765, 1305, 195);
-    txtNoteChanged = makeLabel(Frame2, "txtNoteChanged", QString(), 1560, 765, 3615, 255);
+    Label4 = makeControlAt<QLabel>(Frame2, "Label4", QStringLiteral("Senast ändrad av:"), 120, 765,
+                                   1305, 195);
+    txtNoteChanged =
+        makeControlAt<QLabel>(Frame2, "txtNoteChanged", QString(), 1560, 765, 3615, 255);
     chkAllergic = makeControl<QCheckBox>(Frame2, "chkAllergic");
     placeTwips(chkAllergic, 5505, 780, 255, 195);
-    Label1 = makeLabel(Frame2, "Label1", QStringLiteral("Överkänslighet"), 5760, 780, 1065, 195);
+    Label1 = makeControlAt<QLabel>(Frame2, "Label1", QStringLiteral("Överkänslighet"), 5760, 780,
+                                   1065, 195);
     cmdAllergicHistory =
         makeButton(Frame2, "cmdAllergicHistory", QStringLiteral("Historik"), 9045, 780, 975, 255);
     cmdDeleteNote =
@@ -102,14 +97,16 @@ frmExtendedInfo::frmExtendedInfo() {
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 360, 5040, 11280, 1980);
     Text1 = makeTextBox(Frame1, "Text1", 120, 240, 10980, 1365);
-    Label2 = makeLabel(Frame1, "Label2", QStringLiteral("Senast ändrad av:"), 120, 1710, 1425, 180);
-    Label3 = makeLabel(Frame1, "Label3", QString(), 1560, 1710, 3525, 195);
-    txtNoteSaved = makeLabel(Frame1, "txtNoteSaved", QString(), 8040, 1370, 45, 195);
+    Label2 = makeControlAt<QLabel>(Frame1, "Label2", QStringLiteral("Senast ändrad av:"), 120, 1710,
+                                   1425, 180);
+    Label3 = makeControlAt<QLabel>(Frame1, "Label3", QString(), 1560, 1710, 3525, 195);
+    txtNoteSaved = makeControlAt<QLabel>(Frame1, "txtNoteSaved", QString(), 8040, 1370, 45, 195);
 
     cmdClose = makeButton(this, "cmdClose", QStringLiteral("Återgå"), 10680, 7080, 975, 270);
-    Label18 = makeLabel(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770, 1305, 210);
+    Label18 = makeControlAt<QLabel>(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770,
+                                    1305, 210);
     Label18->setFont(verdana(8.25));
-    txtLoggedIn = makeLabel(this, "txtLoggedIn", QString(), 8880, 7770, 3120, 270);
+    txtLoggedIn = makeControlAt<QLabel>(this, "txtLoggedIn", QString(), 8880, 7770, 3120, 270);
     txtLoggedIn->setFont(verdana(8.25));
 
     applyTabOrder({{0, Text2},

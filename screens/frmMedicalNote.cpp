@@ -23,8 +23,7 @@ const char *const NoClick = "NoClick";
 
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
                         int top, int width, int height) {
-    auto *button = makeControl<QPushButton>(parent, name, caption);
-    placeTwips(button, left, top, width, height);
+    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
     button->setAutoDefault(false);
     return button;
 }

@@ -9,36 +9,22 @@
 #include <QPushButton>
 
 namespace mirelo::screens {
-namespace {
-
-QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
-                  int width, int height) {
-    auto *label = makeControl<QLabel>(parent, name, caption);
-    placeTwips(label, left, top, width, height);
-    return label;
-}
-
-} // namespace
-
-frmPatInfo::frmPatInfo()
-    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                           Qt::WindowCloseButtonHint) {
-    setObjectName(QStringLiteral("frmPatInfo"));
-    setWindowTitle(QStringLiteral("Mirelo"));
-    setModal(true);
-    sizeTwips(this, 5160, 2625);
-    setFont(dialogFont());
+frmPatInfo::frmPatInfo() : QDialog(nullptr, ModalDialogWindow) {
+    setUpModalDialog(this, "frmPatInfo", QStringLiteral("Mirelo"), 5160, 2625);
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1", QStringLiteral("Patientuppgifter"));
     placeTwips(Frame1, 240, 240, 4695, 1815);
-    Label1 = makeLabel(Frame1, "Label1", QStringLiteral("Personnr:"), 120, 360, 675, 195);
-    txtPnr = makeLabel(Frame1, "txtPnr", QString(), 960, 360, 2535, 255);
-    Label2 = makeLabel(Frame1, "Label2", QStringLiteral("Namn:"), 120, 720, 465, 195);
-    txtName = makeLabel(Frame1, "txtName", QString(), 960, 720, 3255, 255);
-    Label4 = makeLabel(Frame1, "Label4", QStringLiteral("Adress:"), 120, 1080, 525, 195);
-    txtAddress = makeLabel(Frame1, "txtAddress", QString(), 960, 1080, 3135, 255);
-    Label5 = makeLabel(Frame1, "Label5", QStringLiteral("Postnr, ort:"), 120, 1440, 765, 195);
-    txtZipCity = makeLabel(Frame1, "txtZipCity", QString(), 960, 1440, 2895, 255);
+    Label1 =
+        makeControlAt<QLabel>(Frame1, "Label1", QStringLiteral("Personnr:"), 120, 360, 675, 195);
+    txtPnr = makeControlAt<QLabel>(Frame1, "txtPnr", QString(), 960, 360, 2535, 255);
+    Label2 = makeControlAt<QLabel>(Frame1, "Label2", QStringLiteral("Namn:"), 120, 720, 465, 195);
+    txtName = makeControlAt<QLabel>(Frame1, "txtName", QString(), 960, 720, 3255, 255);
+    Label4 =
+        makeControlAt<QLabel>(Frame1, "Label4", QStringLiteral("Adress:"), 120, 1080, 525, 195);
+    txtAddress = makeControlAt<QLabel>(Frame1, "txtAddress", QString(), 960, 1080, 3135, 255);
+    Label5 = makeControlAt<QLabel>(Frame1, "Label5", QStringLiteral("Postnr, ort:"), 120, 1440, 765,
+                                   195);
+    txtZipCity = makeControlAt<QLabel>(Frame1, "txtZipCity", QString(), 960, 1440, 2895, 255);
     // The captions were measured in the narrower font of their time: they keep their place and
     // show whole.
     for (QLabel *caption : {Label1, Label2, Label4, Label5}) {

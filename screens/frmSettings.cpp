@@ -16,8 +16,7 @@ namespace {
 
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
                         int top) {
-    auto *button = makeControl<QPushButton>(parent, name, caption);
-    placeTwips(button, left, top, 1215, 285);
+    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, 1215, 285);
     button->setFont(verdana(8.25));
     QPalette palette = button->palette();
     palette.setColor(QPalette::Button, QColor(0xE0, 0xE0, 0xE0));

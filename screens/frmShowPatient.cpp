@@ -30,8 +30,7 @@ namespace {
 
 QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
                   int width, int height, bool bold = false) {
-    auto *label = makeControl<QLabel>(parent, name, caption);
-    placeTwips(label, left, top, width, height);
+    auto *label = makeControlAt<QLabel>(parent, name, caption, left, top, width, height);
     if (bold) {
         label->setFont(verdana(8.25, true));
     }
@@ -69,8 +68,7 @@ std::vector<QPixmap> ImageList1() {
 
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
                         int top, int width, int height) {
-    auto *button = makeControl<QPushButton>(parent, name, caption);
-    placeTwips(button, left, top, width, height);
+    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
     button->setAutoDefault(false);
     return button;
 }

@@ -22,16 +22,14 @@ namespace {
 
 QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
                   int width, int height) {
-    auto *label = makeControl<QLabel>(parent, name, caption);
-    placeTwips(label, left, top, width, height);
+    auto *label = makeControlAt<QLabel>(parent, name, caption, left, top, width, height);
     label->setFont(verdana(6.75));
     return label;
 }
 
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
                         int top, int width, int height) {
-    auto *button = makeControl<QPushButton>(parent, name, caption);
-    placeTwips(button, left, top, width, height);
+    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
     button->setFont(verdana(8.25));
     button->setAutoDefault(false);
     button->setStyleSheet(QStringLiteral("background-color: #E0E0E0;"));

@@ -34,6 +34,15 @@ void pressOnEnter(QWidget *screen, QAbstractButton *button) {
     QObject::connect(enter, &QAction::triggered, button, &QAbstractButton::click);
 }
 
+void setUpModalDialog(QWidget *dialog, const char *name, const QString &title, int width,
+                      int height) {
+    dialog->setObjectName(QString::fromLatin1(name));
+    dialog->setWindowTitle(title);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    sizeTwips(dialog, width, height);
+    dialog->setFont(dialogFont());
+}
+
 QFont dialogFont() {
     QFont font;
     font.setFamilies({QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),

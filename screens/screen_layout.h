@@ -36,6 +36,23 @@ Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
     return control;
 }
 
+// A named control with its caption, at its designed place and size in twips.
+template <typename Control>
+Control *makeControlAt(QWidget *parent, const char *name, const QString &caption, int left, int top,
+                       int width, int height) {
+    auto *control = makeControl<Control>(parent, name, caption);
+    placeTwips(control, left, top, width, height);
+    return control;
+}
+
+// The window of a small modal dialog: a title bar with its close box, nothing to resize.
+constexpr Qt::WindowFlags ModalDialogWindow =
+    Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
+
+// Names, titles and sizes a modal dialog in the plain dialog font.
+void setUpModalDialog(QWidget *dialog, const char *name, const QString &title, int width,
+                      int height);
+
 // Puts a dialog in the middle of the window it belongs to.
 void centreOnOwner(QWidget *dialog, const QWidget *owner);
 
