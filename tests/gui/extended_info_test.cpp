@@ -1,16 +1,8 @@
 #include "core/application_context.h"
-#include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
-#include "screens/frmAllergicExtendedInfo.h"
-#include "screens/frmAllergicHistory.h"
-#include "screens/frmExtendedInfo.h"
-#include "screens/frmMain.h"
-#include "screens/frmShowPatient.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
+#include "screen_test.h"
 #include "stored_patient_reading.h"
-#include "test_environment.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -35,11 +27,10 @@ const std::string Signature = "Dr. Karin Lindqvist";
 const std::string Now = "2026-03-15 14:05:09";
 const QColor Red(255, 0, 0);
 
-class ExtendedInfoTest : public support::ApplicationTest {
+class ExtendedInfoTest : public support::ScreenTest {
   protected:
     void SetUp() override {
-        ApplicationTest::SetUp();
-        support::ensureGuiApplication();
+        ScreenTest::SetUp();
         session().gSignature = Signature;
         frmExtendedInfo::Text1Changed = false;
         frmExtendedInfo::Text2Changed = false;
@@ -48,16 +39,6 @@ class ExtendedInfoTest : public support::ApplicationTest {
         // Leaving a box is a move of the focus, and the focus moves only in the active window.
         frame.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
-    }
-    void TearDown() override {
-        Unload<frmAllergicHistory>();
-        Unload<frmAllergicExtendedInfo>();
-        Unload<frmExtendedInfo>();
-        Unload<frmShowPatient>();
-        Unload<frmMain>();
-        Unload<mainApp>();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        ApplicationTest::TearDown();
     }
 
     static ProductFields product(const std::string &id, const std::string &regNr,

@@ -1,16 +1,10 @@
 #include "core/application_context.h"
-#include "gui_application.h"
 #include "korvalo_process.h"
-#include "platform/browser.h"
 #include "platform/file_system.h"
 #include "platform/gui/mirelo_application.h"
 #include "prescription_message_builder.h"
-#include "screens/frmMain.h"
-#include "screens/frmSplash.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
+#include "screen_test.h"
 #include "settings_file_builder.h"
-#include "test_environment.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -31,20 +25,8 @@ namespace support = mirelo::testing;
 
 namespace {
 
-class LoginAndFrameTest : public support::ApplicationTest {
+class LoginAndFrameTest : public support::ScreenTest {
   protected:
-    void SetUp() override {
-        ApplicationTest::SetUp();
-        support::ensureGuiApplication();
-    }
-    void TearDown() override {
-        Unload<frmSplash>();
-        Unload<frmMain>();
-        Unload<mainApp>();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        ApplicationTest::TearDown();
-    }
-
     void pointSettingsAt(const std::string &server) {
         support::SettingsFields settings;
         settings.dataPath = appDir() + "/data/";

@@ -1,22 +1,12 @@
 #include "core/application_context.h"
-#include "gui_application.h"
 #include "korvalo_process.h"
 #include "patient_file_builder.h"
-#include "platform/browser.h"
 #include "platform/file_system.h"
 #include "platform/gui/flex_grid.h"
 #include "prescription_message_builder.h"
-#include "screens/frmAllergicHistory.h"
-#include "screens/frmExtendedInfo.h"
-#include "screens/frmMain.h"
-#include "screens/frmMedicalNote.h"
-#include "screens/frmShowPatient.h"
-#include "screens/frmSplash.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
+#include "screen_test.h"
 #include "settings_file_builder.h"
 #include "stored_patient_reading.h"
-#include "test_environment.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -67,25 +57,15 @@ class RecordingBrowser : public platform::Browser {
     std::vector<RecordedHandoff> &log_;
 };
 
-class MedicationViewTest : public support::ApplicationTest {
+class MedicationViewTest : public support::ScreenTest {
   protected:
     void SetUp() override {
-        ApplicationTest::SetUp();
-        support::ensureGuiApplication();
+        ScreenTest::SetUp();
         session().gSignature = "Dr. Karin Lindqvist";
         session().gServer = "http://127.0.0.1:9";
         session().gInitXmlUrl = "/Public/Mirelo/InitXML.aspx";
         platform::setBrowserFactory(
             [this] { return std::make_unique<RecordingBrowser>(handoffs); });
-    }
-    void TearDown() override {
-        Unload<frmShowPatient>();
-        Unload<frmMain>();
-        Unload<frmSplash>();
-        Unload<mainApp>();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        platform::setBrowserFactory({});
-        ApplicationTest::TearDown();
     }
 
     static ProductFields product(const std::string &id, const std::string &name,

@@ -1,17 +1,11 @@
 #include "core/application_context.h"
-#include "gui_application.h"
 #include "intake/message_to_patient.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
 #include "prescription_message_builder.h"
+#include "screen_test.h"
 #include "screens/control_tag.h"
-#include "screens/frmAllergicExtendedInfo.h"
-#include "screens/frmAllergicHistory.h"
-#include "screens/frmMedicalNote.h"
-#include "screens/frmShowPatient.h"
-#include "screens/screen_instance.h"
 #include "stored_patient_reading.h"
-#include "test_environment.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -36,20 +30,11 @@ const std::string Signature = "Dr. Karin Lindqvist";
 const std::string Now = "2026-03-15 14:05:09";
 const std::string Question = "Är du säker på att du vill ta bort notering?";
 
-class NoteDialogsTest : public support::ApplicationTest {
+class NoteDialogsTest : public support::ScreenTest {
   protected:
     void SetUp() override {
-        ApplicationTest::SetUp();
-        support::ensureGuiApplication();
+        ScreenTest::SetUp();
         session().gSignature = Signature;
-    }
-    void TearDown() override {
-        Unload<frmAllergicExtendedInfo>();
-        Unload<frmMedicalNote>();
-        Unload<frmAllergicHistory>();
-        Unload<frmShowPatient>();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        ApplicationTest::TearDown();
     }
 
     // Two prescriptions of one product and one of another, stored with the History given.

@@ -1,20 +1,11 @@
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
-#include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
 #include "platform/gui/folder_picker.h"
 #include "prescription_message_builder.h"
-#include "screens/frmAbout.h"
-#include "screens/frmMain.h"
-#include "screens/frmMedicalNote.h"
-#include "screens/frmPatInfo.h"
-#include "screens/frmSettings.h"
-#include "screens/frmShowPatient.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
+#include "screen_test.h"
 #include "settings_file_builder.h"
-#include "test_environment.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -37,24 +28,12 @@ namespace {
 
 const std::string Pnr = "191212121212";
 
-class VisitDialogsTest : public support::ApplicationTest {
+class VisitDialogsTest : public support::ScreenTest {
   protected:
     void SetUp() override {
-        ApplicationTest::SetUp();
-        support::ensureGuiApplication();
+        ScreenTest::SetUp();
         session().gSignature = "Dr. Karin Lindqvist";
         support::writeSettingsFile({.dataPath = appDir() + "/data/"});
-    }
-    void TearDown() override {
-        Unload<frmPatInfo>();
-        Unload<frmMedicalNote>();
-        Unload<frmAbout>();
-        Unload<frmSettings>();
-        Unload<frmShowPatient>();
-        Unload<frmMain>();
-        Unload<mainApp>();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        ApplicationTest::TearDown();
     }
 
     static mainApp &showFrame() {

@@ -1,17 +1,11 @@
 #include "browser_processes.h"
 #include "core/application_context.h"
-#include "gui_application.h"
 #include "korvalo_process.h"
 #include "patient_file_builder.h"
 #include "platform/file_system.h"
 #include "platform/gui/flex_grid.h"
-#include "screens/frmMain.h"
-#include "screens/frmShowPatient.h"
-#include "screens/frmSplash.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
+#include "screen_test.h"
 #include "settings_file_builder.h"
-#include "test_environment.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -26,20 +20,8 @@ namespace support = mirelo::testing;
 
 namespace {
 
-class WholePrescriptionTest : public support::ApplicationTest {
+class WholePrescriptionTest : public support::ScreenTest {
   protected:
-    void SetUp() override {
-        ApplicationTest::SetUp();
-        support::ensureGuiApplication();
-    }
-    void TearDown() override {
-        Unload<frmShowPatient>();
-        Unload<frmMain>();
-        Unload<mainApp>();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        ApplicationTest::TearDown();
-    }
-
     // Mirelo's process never loads the browser engine: only the browser's own process does.
     static bool browserEngineMapped() {
         return support::readBytes("/proc/self/maps").find("WebEngine") != std::string::npos;

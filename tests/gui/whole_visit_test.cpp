@@ -1,23 +1,11 @@
 #include "core/application_context.h"
-#include "gui_application.h"
 #include "korvalo_process.h"
 #include "patient_file_builder.h"
-#include "platform/browser.h"
 #include "platform/gui/flex_grid.h"
 #include "platform/xml_document.h"
-#include "screens/frmAllergicExtendedInfo.h"
-#include "screens/frmAllergicHistory.h"
-#include "screens/frmMain.h"
-#include "screens/frmMedicalNote.h"
-#include "screens/frmPatInfo.h"
-#include "screens/frmSettings.h"
-#include "screens/frmShowPatient.h"
-#include "screens/frmSplash.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
+#include "screen_test.h"
 #include "settings_file_builder.h"
 #include "stored_patient_reading.h"
-#include "test_environment.h"
 #include "web_client.h"
 
 #include <QApplication>
@@ -65,18 +53,8 @@ class PostingBrowser : public platform::Browser {
     std::vector<std::pair<std::string, std::string>> fields_;
 };
 
-class WholeVisitTest : public support::ApplicationTest {
+class WholeVisitTest : public support::ScreenTest {
   protected:
-    void TearDown() override {
-        for (auto unload :
-             {Unload<frmShowPatient>, Unload<frmMain>, Unload<mainApp>, Unload<frmSplash>}) {
-            unload();
-        }
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        platform::setBrowserFactory({});
-        ApplicationTest::TearDown();
-    }
-
     // A modal dialog runs its own loop: what the user does in it is queued before it opens.
     template <typename Dialog> static void whileOpen(std::function<void(Dialog &)> act) {
         QTimer::singleShot(0, [act] {
