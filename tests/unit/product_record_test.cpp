@@ -103,71 +103,60 @@ TEST_F(ProductRecordTest, BuildNefXML_makes_the_28_elements_of_a_repeated_prescr
     EXPECT_EQ(document.selectNodes("//Product").size(), 0u);
 }
 
-TEST_F(ProductRecordTest, the_interval_is_made_and_read_only_above_one_dispensing) {
-    MessageItem once;
-    once.itemId = "1";
-    once.repeats = "1";
+TEST_F(ProductRecordTest, items_with_and_without_interval_number_or_dosage) {
+    struct Case {
+        const char *name;
+        MessageItem item;
+        // The RegNr, the dosage, what follows the repeat number, and the number of elements.
+        std::vector<std::string> built;
+    };
+    std::vector<Case> cases(6);
     // Without an interval in the message: at one dispensing it isn't read at all.
-    once.omitted = {"TimeInterval"};
-    MessageItem never = once;
-    never.itemId = "2";
-    never.repeats = "0";
-    MessageItem blanks;
-    blanks.itemId = "3";
-    blanks.repeats = " 2 ";
-    PrescriptionMessage message;
-    message.items = {once, never, blanks};
-
-    const platform::XmlDocument document = parsed(message);
-    const platform::XmlDocument products = BuildNefXML(document);
-    const auto found = products.selectNodes("//Product");
-    ASSERT_EQ(found.size(), 3u);
-    EXPECT_EQ(found[0].childNodes().size(), 26u);
-    EXPECT_TRUE(found[0].selectSingleNode("TimeValue").isNull());
-    EXPECT_TRUE(found[0].selectSingleNode("TimeUnit").isNull());
-    EXPECT_EQ(found[0].childNodes()[14].nodeName(), "PrescribedBy");
-    EXPECT_EQ(found[1].childNodes().size(), 26u);
-
-    ASSERT_EQ(found[2].childNodes().size(), 28u);
-    EXPECT_EQ(found[2].childNodes()[13].text(), " 2 ");
-    EXPECT_EQ(found[2].childNodes()[14].nodeName(), "TimeValue");
-    EXPECT_EQ(found[2].childNodes()[15].nodeName(), "TimeUnit");
-}
-
-TEST_F(ProductRecordTest, an_empty_RegNr_gets_the_local_time_and_a_missing_dosage_an_empty_one) {
-    MessageItem unregistered;
-    unregistered.itemId = "1";
-    unregistered.regNr = "";
-    unregistered.omitted = {"UnstructuredDosageAdmin"};
-    MessageItem second = unregistered;
-    second.itemId = "2";
-    second.omitted = {"InstructionsForUse"};
-    MessageItem emptyDosage;
-    emptyDosage.itemId = "3";
-    emptyDosage.dosage = "";
-    PrescriptionMessage message;
-    message.items = {unregistered, second, emptyDosage};
-
-    const platform::XmlDocument document = parsed(message);
-    const platform::XmlDocument products = BuildNefXML(document);
-    const auto found = products.selectNodes("//Product");
-    ASSERT_EQ(found.size(), 3u);
+    cases[0] = {
+        "one dispensing", {}, {"100001", "1 tablett 3 gånger dagligen", "PrescribedBy", "26"}};
+    cases[0].item.omitted = {"TimeInterval"};
+    cases[1] = {
+        "no dispensing", {}, {"100001", "1 tablett 3 gånger dagligen", "PrescribedBy", "26"}};
+    cases[1].item.repeats = "0";
+    cases[2] = {"two dispensings, with blanks",
+                {},
+                {"100001", "1 tablett 3 gånger dagligen", "TimeValue", "28"}};
+    cases[2].item.repeats = " 2 ";
     // Two built within the same second share the number, and so are one product from now on.
-    EXPECT_EQ(found[0].selectSingleNode("RegNr").text(), "20260315140509");
-    EXPECT_EQ(found[1].selectSingleNode("RegNr").text(), "20260315140509");
-    EXPECT_EQ(found[0].selectSingleNode("ID").text(), "S1_1");
-    EXPECT_EQ(found[1].selectSingleNode("ID").text(), "S1_2");
-    EXPECT_EQ(found[2].selectSingleNode("RegNr").text(), "100001");
-    for (const auto &product : found) {
-        EXPECT_EQ(product.childNodes().size(), 26u);
-        EXPECT_EQ(product.childNodes()[12].nodeName(), "UnstructuredDosageAdmin");
-        EXPECT_EQ(product.childNodes()[12].text(), "");
+    cases[3] = {"no RegNr nor dosage text", {}, {"20260315140509", "", "PrescribedBy", "26"}};
+    cases[3].item.regNr = "";
+    cases[3].item.omitted = {"UnstructuredDosageAdmin"};
+    cases[4] = {"no RegNr nor instructions", {}, {"20260315140509", "", "PrescribedBy", "26"}};
+    cases[4].item.regNr = "";
+    cases[4].item.omitted = {"InstructionsForUse"};
+    cases[5] = {"an empty dosage", {}, {"100001", "", "PrescribedBy", "26"}};
+    cases[5].item.dosage = "";
+    PrescriptionMessage message;
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        cases[i].item.itemId = std::to_string(i + 1);
+        message.items.push_back(cases[i].item);
     }
+    const platform::XmlDocument document = parsed(message);
+    const platform::XmlDocument products = BuildNefXML(document);
+    const auto found = products.selectNodes("//Product");
+    ASSERT_EQ(found.size(), std::size(cases));
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(cases[i].name);
+        const auto children = found[i].childNodes();
+        EXPECT_EQ(found[i].selectSingleNode("ID").text(), "S1_" + std::to_string(i + 1));
+        EXPECT_EQ((std::vector<std::string>{found[i].selectSingleNode("RegNr").text(),
+                                            children[12].text(), children[14].nodeName(),
+                                            std::to_string(children.size())}),
+                  cases[i].built);
+        EXPECT_EQ(children[12].nodeName(), "UnstructuredDosageAdmin");
+        EXPECT_EQ(children[13].text(), cases[i].item.repeats);
+    }
+    EXPECT_EQ(found[2].childNodes()[15].nodeName(), "TimeUnit");
 
     // A later second gives a later number, on the 24-hour clock.
     freezeClockForTesting(QDateTime(QDate(2026, 12, 1), QTime(23, 59, 58)));
     const platform::XmlDocument later = BuildNefXML(document);
-    EXPECT_EQ(later.selectSingleNode("//Product/RegNr").text(), "20261201235958");
+    EXPECT_EQ(later.selectNodes("//Product/RegNr")[3].text(), "20261201235958");
 }
 
 TEST_F(ProductRecordTest, an_item_less_message_gives_an_empty_root_without_reading_anything_else) {
