@@ -1,8 +1,6 @@
 #include "core/application_context.h"
-#include "intake/message_to_patient.h"
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
-#include "prescription_message_builder.h"
 #include "screen_test.h"
 #include "screens/control_tag.h"
 #include "stored_patient_reading.h"
@@ -354,64 +352,6 @@ TEST_F(NoteDialogsTest, a_history_fill_that_fails_says_so_and_keeps_the_rows_bef
     EXPECT_EQ(boxes[2].text, "Kunde inte skapa struktur för flexgrid: Filen hittades inte");
     EXPECT_EQ(history.FlexGrid->TextMatrix(1, 4), "Utslag");
     EXPECT_EQ(history.FlexGrid->Rows(), 3) << "the row that failed was added before it failed";
-}
-
-TEST_F(NoteDialogsTest, the_life_of_a_warning_through_the_dialogs_and_a_new_prescription) {
-    storePatient("0", "");
-    const auto product = [](const std::string &note, const std::string &by,
-                            const std::string &allergic, const std::string &history) {
-        return Fields{{"ExtendedMedicalInfo", note},
-                      {"ExtendedMedicalInfoBy", by},
-                      {"ExtendedMedicalInfoTimestamp", by.empty() ? "" : Now},
-                      {"Allergic", allergic},
-                      {"AllergicHistory", history}};
-    };
-    const auto both = [this](const Fields &expected) {
-        EXPECT_EQ(noteOf("2_1"), expected);
-        EXPECT_EQ(noteOf("1_1"), expected);
-    };
-    const auto tickWithReason = [this](frmMedicalNote &note, const char *reason) {
-        inReasonDialog(
-            [reason](frmAllergicExtendedInfo &dialog) { answer(dialog, reason, dialog.cmdSave); });
-        note.chkAllergic->click();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    };
-
-    tickWithReason(openNote(), "Utslag");
-    both(product("", "", "1", "1"));
-    EXPECT_EQ(historyRecords(), std::vector<Fields>{record("1", "Utslag")});
-
-    frmMedicalNote &note = Screen<frmMedicalNote>();
-    type(note.txtExtendedMedicalInfo, "Tål ej");
-    note.cmdSave->click();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    both(product("Tål ej", Signature, "1", "1"));
-
-    tickWithReason(openNote(), "Fel diagnos");
-    both(product("Tål ej", Signature, "0", "1"));
-    tickWithReason(Screen<frmMedicalNote>(), "Utslag igen");
-    EXPECT_EQ(historyRecords().size(), 3u);
-
-    // Deleting a note whose box is ticked writes twice: the record, then the deletion.
-    nextAnswers = {platform::MsgBoxResult::Yes};
-    inReasonDialog(
-        [](frmAllergicExtendedInfo &dialog) { answer(dialog, "Avskrivs", dialog.cmdSave); });
-    Screen<frmMedicalNote>().cmdDelete->click();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    both(product("", Signature, "0", "1"));
-    EXPECT_EQ(historyRecords(),
-              (std::vector<Fields>{record("0", "Avskrivs"), record("1", "Utslag igen"),
-                                   record("0", "Fel diagnos"), record("1", "Utslag")}));
-
-    // A new prescription of the product carries the history flag, and nothing else is left.
-    support::PrescriptionMessage message;
-    message.pnr = Pnr;
-    message.setId = "9";
-    message.items = {support::MessageItem{}};
-    support::writePrescriptionMessage(path("in/m.xml"), message);
-    ImportPrescriptionFile(path("in/m.xml"));
-    EXPECT_EQ(noteOf("9_1"), product("", "", "0", "1"));
-    EXPECT_EQ(historyRecords().size(), 4u);
 }
 
 } // namespace
