@@ -11,6 +11,7 @@
 #include <QSignalBlocker>
 #include <QStyleHints>
 #include <QStyledItemDelegate>
+#include <QTextLayout>
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -44,6 +45,28 @@ Qt::Alignment qtAlignment(int code) {
     }
 }
 
+// The start of a wrapped text up to the end of the last line that fits the cell's text area.
+// The style would put dots at the end of that line; the grid cuts its texts at the edge.
+QString linesThatFit(const QString &text, const QFont &font, const QRect &area) {
+    QTextLayout layout(text, font);
+    QTextOption wrapping;
+    wrapping.setWrapMode(QTextOption::WordWrap);
+    layout.setTextOption(wrapping);
+    layout.beginLayout();
+    qreal height = 0;
+    int end = 0;
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(area.width());
+        height += line.height();
+        if (height > area.height() && end > 0) {
+            break;
+        }
+        end = line.textStart() + line.textLength();
+    }
+    layout.endLayout();
+    return text.left(end);
+}
+
 // Draws each cell from the grid's state: grey in the fixed area, the alignment of the cell or
 // its column, and the picture whole in the middle of the cell. The icon columns are barely
 // wider than their pictures, so a picture beside the text, as a list item's icon stands, would
@@ -71,6 +94,15 @@ class CellDelegate : public QStyledItemDelegate {
         option->backgroundBrush =
             fixed ? FixedAreaColor : QApplication::palette().color(QPalette::Base);
         option->displayAlignment = qtAlignment(grid_->CellAlignmentAt(index.row(), index.column()));
+        if (option->features.testFlag(QStyleOptionViewItem::WrapText) && option->rect.isValid()) {
+            const QStyle *style = option->widget->style();
+            const int margin =
+                style->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, option->widget) + 1;
+            const QRect area =
+                style->subElementRect(QStyle::SE_ItemViewItemText, option, option->widget)
+                    .adjusted(margin, 0, -margin, 0);
+            option->text = linesThatFit(option->text, option->font, area);
+        }
     }
 
   private:

@@ -283,6 +283,19 @@ TEST_F(FlexGridTest, a_long_text_is_cut_at_the_cells_edge_without_dots_and_is_it
     const QImage cut = drawn(narrow);
     grid->setColWidth(3, 6000);
     EXPECT_EQ(cut, drawn(narrow));
+
+    // Wrapped in a row too low for all its lines, the text shows the lines that fit as if they
+    // were all there is, without dots at the end of the last.
+    QFont small = grid->font();
+    small.setPointSizeF(7.5);
+    grid->setFont(small);
+    grid->setWordWrap(true);
+    grid->setColWidth(3, 1930);
+    const int column = grid->visualRect(grid->model()->index(1, 3)).width();
+    grid->setTextMatrix(1, 3, QStringLiteral("Dr. Karin Lindqvist,"));
+    const QImage firstLineAlone = drawn(column);
+    grid->setTextMatrix(1, 3, QStringLiteral("Dr. Karin Lindqvist, Vårdcentralen Åby"));
+    EXPECT_EQ(drawn(column), firstLineAlone);
 }
 
 } // namespace
