@@ -2,9 +2,11 @@
 
 #include <QAbstractButton>
 #include <QFont>
+#include <QLabel>
 #include <QString>
 #include <QWidget>
 #include <initializer_list>
+#include <type_traits>
 #include <utility>
 
 namespace mirelo::screens {
@@ -33,6 +35,11 @@ template <typename Control, typename... Args>
 Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
     auto *control = new Control(std::forward<Args>(args)..., parent);
     control->setObjectName(QString::fromLatin1(name));
+    // A caption stands at the top of its label, where the design put it: a label drawn taller
+    // than its text, or reaching under the control below, keeps its text clear of that control.
+    if constexpr (std::is_base_of_v<QLabel, Control>) {
+        control->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    }
     return control;
 }
 
