@@ -121,6 +121,9 @@ TEST_F(NoteDialogsTest,
     EXPECT_EQ(note.txtExtendedMedicalInfo->toPlainText(), "Rad ett\nRad två");
     EXPECT_TRUE(note.chkAllergic->isChecked());
     EXPECT_FALSE(IsLoaded<frmAllergicExtendedInfo>()) << "filling the box asks for no reason";
+    note.show();
+    QTest::keyClick(&note, Qt::Key_Escape);
+    EXPECT_TRUE(note.isVisible()) << "no way out without saving";
 
     // Emptying the box and pressing OK is a save of an empty note, not a deletion.
     note.txtExtendedMedicalInfo->clear();
@@ -149,6 +152,8 @@ TEST_F(NoteDialogsTest, a_click_on_the_box_saves_with_a_reason_or_is_put_back_by
 
     inReasonDialog([](frmAllergicExtendedInfo &dialog) {
         EXPECT_TRUE(dialog.txtExtendedMedicalInfo->toPlainText().isEmpty());
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        EXPECT_TRUE(dialog.isVisible()) << "only Avbryt cancels";
         answer(dialog, "Utslag", dialog.cmdSave);
     });
     note.chkAllergic->click();
