@@ -159,10 +159,10 @@ frmShowPatient::frmShowPatient() {
     Label7->setWordWrap(true);
     cmdNyPatient =
         makeButton(this, "cmdNyPatient", QStringLiteral("Välj ny patient"), 8160, 6855, 1815, 285);
-    cmdNyPatient->setShortcut(QKeySequence(Qt::Key_Escape));
     cmdSend = makeButton(this, "cmdSend", QStringLiteral("Ordinera"), 10080, 6855, 1455, 285);
     cmdSend->setDefault(true);
     pressOnEnter(this, cmdSend);
+    pressOnEscape(this, cmdNyPatient);
     Label18 = makeLabel(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770, 1305, 195);
     txtLoggedIn = makeLabel(this, "txtLoggedIn", QString(), 8880, 7770, 2295, 255);
 

@@ -26,12 +26,24 @@ void centreOnOwner(QWidget *dialog, const QWidget *owner) {
     dialog->move(owner->frameGeometry().center() - dialog->rect().center());
 }
 
+namespace {
+
+void pressOnKeys(QWidget *screen, QAbstractButton *button, const QList<QKeySequence> &keys) {
+    auto *press = new QAction(screen);
+    press->setShortcuts(keys);
+    press->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    screen->addAction(press);
+    QObject::connect(press, &QAction::triggered, button, &QAbstractButton::click);
+}
+
+} // namespace
+
 void pressOnEnter(QWidget *screen, QAbstractButton *button) {
-    auto *enter = new QAction(screen);
-    enter->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
-    enter->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    screen->addAction(enter);
-    QObject::connect(enter, &QAction::triggered, button, &QAbstractButton::click);
+    pressOnKeys(screen, button, {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+}
+
+void pressOnEscape(QWidget *screen, QAbstractButton *button) {
+    pressOnKeys(screen, button, {QKeySequence(Qt::Key_Escape)});
 }
 
 void setUpModalDialog(QWidget *dialog, const char *name, const QString &title, int width,

@@ -66,6 +66,8 @@ void centreOnOwner(QWidget *dialog, const QWidget *owner);
 // Enter anywhere on the screen presses the button, as the default button of a dialog is
 // pressed; the child screens of the frame are no dialogs, so Qt's own default does nothing.
 void pressOnEnter(QWidget *screen, QAbstractButton *button);
+// Esc anywhere on the screen presses the button, as the cancel button of a dialog is pressed.
+void pressOnEscape(QWidget *screen, QAbstractButton *button);
 
 // The tab order of a screen, from its controls' tab indices: the chain follows the indices and
 // the first control takes the focus.

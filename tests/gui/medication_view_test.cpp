@@ -333,7 +333,8 @@ TEST_F(MedicationViewTest, the_view_opens_whole_in_the_frames_corner_with_the_ke
     }
 }
 
-TEST_F(MedicationViewTest, enter_prescribes_from_anywhere_and_ctrl_A_asks_to_close_everywhere) {
+TEST_F(MedicationViewTest,
+       enter_prescribes_escape_goes_to_a_new_patient_and_ctrl_A_asks_to_close_everywhere) {
     storePatient("191212121212", {product("A_1", "Alvedon", "N02BE01")});
     frmShowPatient &view = openPatient("191212121212");
     for (QWidget *focus : std::initializer_list<QWidget *>{view.FlexGrid, view.chkMode}) {
@@ -352,6 +353,11 @@ TEST_F(MedicationViewTest, enter_prescribes_from_anywhere_and_ctrl_A_asks_to_clo
     for (const auto &box : boxes) {
         EXPECT_EQ(box.text, "Vill du verkligen avsluta Mirelo?");
     }
+
+    view.chkMode->setFocus();
+    QTest::keyClick(view.chkMode, Qt::Key_Escape);
+    EXPECT_FALSE(IsLoaded<frmShowPatient>());
+    EXPECT_EQ(QApplication::focusWidget(), Screen<frmMain>().txtSearch);
 }
 
 TEST_F(MedicationViewTest, a_long_signature_stops_at_the_next_caption_and_a_refresh_marks_nothing) {
