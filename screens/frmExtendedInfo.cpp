@@ -102,11 +102,7 @@ frmExtendedInfo::frmExtendedInfo() {
     Label3 = makeControlAt<QLabel>(Frame1, "Label3", QString(), 1560, 1710, 3525, 195);
     txtNoteSaved = makeControlAt<QLabel>(Frame1, "txtNoteSaved", QString(), 8040, 1370, 45, 195);
 
-    // The captions were measured in the narrower font of their time: they keep their place and
-    // show whole.
-    for (QLabel *caption : {Label4, Label1, Label2}) {
-        caption->adjustSize();
-    }
+    showCaptionsWhole({Label4, Label1, Label2});
 
     cmdClose = makeButton(this, "cmdClose", QStringLiteral("Återgå"), 10680, 7080, 975, 270);
     Label18 = makeControlAt<QLabel>(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770,

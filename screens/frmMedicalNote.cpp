@@ -48,7 +48,7 @@ frmMedicalNote::frmMedicalNote()
     placeTwips(chkAllergic, 240, 1920, 255, 255);
     Label1 = makeControl<QLabel>(this, "Label1", QStringLiteral("Överkänslighet"));
     placeTwips(Label1, 480, 1950, 1065, 195);
-    Label1->adjustSize();
+    showCaptionsWhole({Label1});
     cmdDelete =
         makeButton(this, "cmdDelete", QStringLiteral("Ta bort notering"), 6240, 1920, 1335, 255);
     cmdSave = makeButton(this, "cmdSave", QStringLiteral("OK"), 7680, 1920, 975, 255);

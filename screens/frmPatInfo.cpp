@@ -25,11 +25,7 @@ frmPatInfo::frmPatInfo() : QDialog(nullptr, ModalDialogWindow) {
     Label5 = makeControlAt<QLabel>(Frame1, "Label5", QStringLiteral("Postnr, ort:"), 120, 1440, 765,
                                    195);
     txtZipCity = makeControlAt<QLabel>(Frame1, "txtZipCity", QString(), 960, 1440, 2895, 255);
-    // The captions were measured in the narrower font of their time: they keep their place and
-    // show whole.
-    for (QLabel *caption : {Label1, Label2, Label4, Label5}) {
-        caption->adjustSize();
-    }
+    showCaptionsWhole({Label1, Label2, Label4, Label5});
     cmdOK = makeControl<QPushButton>(this, "cmdOK", QStringLiteral("OK"));
     placeTwips(cmdOK, 4200, 2160, 735, 255);
     cmdOK->setDefault(true);

@@ -22,6 +22,12 @@ QFont verdana(double pointSize, bool bold) {
     return font;
 }
 
+void showCaptionsWhole(std::initializer_list<QLabel *> captions) {
+    for (QLabel *caption : captions) {
+        caption->adjustSize();
+    }
+}
+
 void centreOnOwner(QWidget *dialog, const QWidget *owner) {
     dialog->move(owner->frameGeometry().center() - dialog->rect().center());
 }

@@ -19,6 +19,8 @@ constexpr int px(int twips) {
 
 // Places a control by its designed twips.
 void placeTwips(QWidget *control, int left, int top, int width, int height);
+// Captions measured in the narrower font of their time keep their place and show whole.
+void showCaptionsWhole(std::initializer_list<QLabel *> captions);
 // A client area of the designed size in twips.
 void sizeTwips(QWidget *screen, int width, int height);
 

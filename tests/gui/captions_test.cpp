@@ -72,7 +72,6 @@ std::string coveringSibling(const QLabel &label, const QString &caption) {
 TEST_F(CaptionsTest, every_fixed_caption_of_every_screen_shows_whole) {
     const std::vector<std::pair<const char *, QWidget *>> screens = {
         {"frmSplash", &Screen<frmSplash>()},
-        {"mainApp", &Screen<mainApp>()},
         {"frmMain", &Screen<frmMain>()},
         {"frmShowPatient", &Screen<frmShowPatient>()},
         {"frmExtendedInfo", &Screen<frmExtendedInfo>()},
