@@ -8,9 +8,9 @@ platform::XmlNode FirstAt(const platform::XmlDocument &document,
                           const std::vector<platform::XmlNode> &bases, const char *base,
                           const char *path) {
     if (bases.size() == 1) {
-        return bases.front().selectSingleNode(path);
+        return bases.front().firstElementAt(path);
     }
-    return document.selectSingleNode(std::string(base) + "/" + path);
+    return document.firstElementAt(std::string(base) + "/" + path);
 }
 
 } // namespace mirelo

@@ -4,6 +4,7 @@
 #include "core/mirelo_error.h"
 #include "intake/product_record.h"
 
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -15,42 +16,38 @@ namespace {
 // What the new product inherits from, and does to, one older product of the same RegNr.
 // Retiring it records no person: nobody took it out.
 void retireOlderProduct(const platform::XmlNode &older, const platform::XmlNode &product) {
-    const platform::XmlNode checked = older.firstChildElement("Checked");
+    const platform::XmlNode checked = older.firstElementAt("Checked");
     if (CInt(checked.text()) == 1) {
         checked.setText("0");
     }
     // Once a product has an allergy record, every later prescription of it shows so.
-    if (CInt(older.firstChildElement("AllergicHistory").text()) == 1) {
-        product.firstChildElement("AllergicHistory").setText("1");
+    if (CInt(older.firstElementAt("AllergicHistory").text()) == 1) {
+        product.firstElementAt("AllergicHistory").setText("1");
     }
-    const std::string note = older.firstChildElement("ExtendedMedicalInfo").text();
-    const std::string allergic = older.firstChildElement("Allergic").text();
+    const std::string note = older.firstElementAt("ExtendedMedicalInfo").text();
+    const std::string allergic = older.firstElementAt("Allergic").text();
     const bool warned = CInt(allergic) != 0;
     if (!note.empty() || warned) {
-        product.firstChildElement("ExtendedMedicalInfo").setText(note);
-        product.firstChildElement("Allergic").setText(allergic);
+        product.firstElementAt("ExtendedMedicalInfo").setText(note);
+        product.firstElementAt("Allergic").setText(allergic);
     }
 }
 
 std::string regNrOf(const platform::XmlNode &product) {
-    return product.firstChildElement("RegNr").text();
+    return product.firstElementAt("RegNr").text();
 }
 
 // A file as the program writes it keeps its products side by side. A hand-edited one may hold
 // a product, or the MedicalList, inside another product; there retiring a product can change
 // another's RegNr or take products out of the file, so every item has to look at the whole
 // file again.
-bool productsStandApart(const platform::XmlDocument &patient,
+bool productsStandApart(const std::vector<platform::XmlNode> &products,
                         const std::vector<platform::XmlNode> &medicalLists) {
-    if (!patient.selectSingleNode("//Product//Product").isNull()) {
-        return false;
-    }
-    for (const platform::XmlNode &list : medicalLists) {
-        if (!list.selectSingleNode("ancestor::Product").isNull()) {
-            return false;
-        }
-    }
-    return true;
+    const auto insideAProduct = [](const platform::XmlNode &node) {
+        return node.hasAncestorElement("Product");
+    };
+    return std::none_of(products.begin(), products.end(), insideAProduct) &&
+           std::none_of(medicalLists.begin(), medicalLists.end(), insideAProduct);
 }
 
 // The products of one RegNr that were in the file before the message, in document order, and
@@ -69,8 +66,10 @@ struct ProductsOfRegNr {
 // moves a product or alters a RegNr, so what is kept stays true.
 class MessageMerge {
   public:
-    MessageMerge(platform::XmlDocument &patient, std::vector<platform::XmlNode> medicalLists)
-        : patient_(patient), medicalLists_(std::move(medicalLists)) {}
+    MessageMerge(platform::XmlDocument &patient, std::vector<platform::XmlNode> olderProducts,
+                 std::vector<platform::XmlNode> medicalLists)
+        : patient_(patient), olderProducts_(std::move(olderProducts)),
+          medicalLists_(std::move(medicalLists)) {}
 
     void takeIn(const platform::XmlNode &product) {
         if (medicalList_.isNull()) {
@@ -99,7 +98,7 @@ class MessageMerge {
                       : medicalLists_.front();
 
         const std::string regNr = regNrOf(product);
-        for (const platform::XmlNode &older : patient_.selectNodes("//Product")) {
+        for (const platform::XmlNode &older : olderProducts_) {
             const std::string olderRegNr = regNrOf(older);
             if (olderRegNr.empty()) {
                 continue;
@@ -127,6 +126,7 @@ class MessageMerge {
     }
 
     platform::XmlDocument &patient_;
+    const std::vector<platform::XmlNode> olderProducts_;
     const std::vector<platform::XmlNode> medicalLists_;
     platform::XmlNode medicalList_;
     platform::XmlNode firstEntry_;
@@ -142,31 +142,32 @@ void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocum
         throw MireloError(errors::PatientFileDamaged,
                           withReason("Patientfil är skadad.", products.parseError().reason));
     }
-    const std::vector<platform::XmlNode> newProducts = products.selectNodes("//Product");
+    const std::vector<platform::XmlNode> newProducts = products.elementsAt("//Product");
     if (newProducts.empty()) {
         return;
     }
-    std::vector<platform::XmlNode> medicalLists = patient.selectNodes("//MedicalList");
-    if (!productsStandApart(patient, medicalLists)) {
+    std::vector<platform::XmlNode> olderProducts = patient.elementsAt("//Product");
+    std::vector<platform::XmlNode> medicalLists = patient.elementsAt("//MedicalList");
+    if (!productsStandApart(olderProducts, medicalLists)) {
         for (const platform::XmlNode &product : newProducts) {
             MergeProductIntoMedicalList(patient, product);
         }
         return;
     }
-    MessageMerge merge(patient, std::move(medicalLists));
+    MessageMerge merge(patient, std::move(olderProducts), std::move(medicalLists));
     for (const platform::XmlNode &product : newProducts) {
         merge.takeIn(product);
     }
 }
 
 void MergeProductIntoMedicalList(platform::XmlDocument &patient, platform::XmlNode product) {
-    const bool listIsNew = patient.selectNodes("//MedicalList").empty();
+    const bool listIsNew = patient.elementsAt("//MedicalList").empty();
     const platform::XmlNode medicalList =
         listIsNew ? patient.createNode(platform::XmlDocument::NODE_ELEMENT, "MedicalList", "")
-                  : patient.selectSingleNode("//MedicalList");
+                  : patient.firstElementAt("//MedicalList");
 
     const std::string regNr = regNrOf(product);
-    for (const platform::XmlNode &older : patient.selectNodes("//Product")) {
+    for (const platform::XmlNode &older : patient.elementsAt("//Product")) {
         const std::string olderRegNr = regNrOf(older);
         if (olderRegNr.empty() || olderRegNr != regNr) {
             continue;

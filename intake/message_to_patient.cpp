@@ -58,7 +58,7 @@ platform::XmlDocument openPatient(const std::string &patientPath) {
 
 std::string ImportPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
-    const std::vector<platform::XmlNode> subjects = message.selectNodes(SubjectOfCare);
+    const std::vector<platform::XmlNode> subjects = message.elementsAt(SubjectOfCare);
     const std::string pnr = FirstAt(message, subjects, SubjectOfCare, "PatientId/IdValue").text();
     // A number that would name a path outside the data folder is no number: the message is
     // set aside as one without a patient, and nothing is written.
@@ -68,7 +68,7 @@ std::string ImportPrescriptionFile(const std::string &path) {
     const std::string patientPath = PatientFilePath(pnr);
     platform::XmlDocument patient = openPatient(patientPath);
 
-    const std::vector<platform::XmlNode> patientData = patient.selectNodes(PatientData);
+    const std::vector<platform::XmlNode> patientData = patient.elementsAt(PatientData);
     for (const auto &[field, source] : PersonalFields) {
         const std::string value = FirstAt(message, subjects, SubjectOfCare, source).text();
         FirstAt(patient, patientData, PatientData, field).setText(value);

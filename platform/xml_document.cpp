@@ -345,36 +345,128 @@ std::vector<XmlNode> XmlNode::childNodes() const {
 
 namespace {
 
-bool isElementNamed(xmlNodePtr node, const char *name) {
+bool isElementNamed(xmlNodePtr node, std::string_view name) {
+    const char *own = reinterpret_cast<const char *>(node->name);
     return node->type == XML_ELEMENT_NODE && node->ns == nullptr &&
-           xmlStrEqual(node->name, reinterpret_cast<const xmlChar *>(name));
+           std::strncmp(own, name.data(), name.size()) == 0 && own[name.size()] == '\0';
+}
+
+// A path of plain names split at its last step.
+struct PathEnd {
+    std::string_view parents;
+    std::string_view last;
+};
+
+PathEnd splitLast(std::string_view steps) {
+    const size_t slash = steps.rfind('/');
+    if (slash == std::string_view::npos) {
+        return {{}, steps};
+    }
+    return {steps.substr(0, slash), steps.substr(slash + 1)};
+}
+
+// Whether the elements above `node` carry the names of `parents`, last name nearest.
+bool underParents(xmlNodePtr node, std::string_view parents) {
+    while (!parents.empty()) {
+        const PathEnd end = splitLast(parents);
+        node = node->parent;
+        if (node == nullptr || !isElementNamed(node, end.last)) {
+            return false;
+        }
+        parents = end.parents;
+    }
+    return true;
+}
+
+// Hands `take` the elements along `steps` below `from`, in document order, for as long as it
+// asks for more: one child's subtree comes wholly before the next child's, so a walk of the
+// children in order keeps the order. False once `take` has had enough.
+template <typename Take> bool visitAlong(xmlNodePtr from, std::string_view steps, Take &take) {
+    const size_t slash = steps.find('/');
+    const std::string_view name = steps.substr(0, slash);
+    for (xmlNodePtr child = from->children; child != nullptr; child = child->next) {
+        if (!isElementNamed(child, name)) {
+            continue;
+        }
+        const bool more = slash == std::string_view::npos
+                              ? take(child)
+                              : visitAlong(child, steps.substr(slash + 1), take);
+        if (!more) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The node after `node` in document order. Only elements are entered, as XPath's descendant
+// axis enters no entity reference and no DTD.
+xmlNodePtr nextInDocument(xmlNodePtr node) {
+    if ((node->type == XML_DOCUMENT_NODE || node->type == XML_ELEMENT_NODE) &&
+        node->children != nullptr) {
+        return node->children;
+    }
+    for (; node != nullptr; node = node->parent) {
+        if (node->next != nullptr) {
+            return node->next;
+        }
+    }
+    return nullptr;
+}
+
+// Hands `take` every element of the document whose name ends `steps` and whose parents carry
+// the rest, in document order, for as long as it asks for more.
+template <typename Take> void visitAnywhere(xmlDocPtr doc, std::string_view steps, Take &take) {
+    const PathEnd end = splitLast(steps);
+    for (xmlNodePtr node = nextInDocument(reinterpret_cast<xmlNodePtr>(doc)); node != nullptr;
+         node = nextInDocument(node)) {
+        if (isElementNamed(node, end.last) && underParents(node, end.parents) && !take(node)) {
+            return;
+        }
+    }
+}
+
+template <typename Take> void visitPath(xmlNodePtr from, std::string_view path, Take &&take) {
+    if (path.starts_with("//")) {
+        visitAnywhere(from->doc, path.substr(2), take);
+    } else {
+        visitAlong(from, path, take);
+    }
+}
+
+xmlNodePtr checked(xmlNodePtr node) {
+    if (node == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    return node;
 }
 
 } // namespace
 
-XmlNode XmlNode::firstChildElement(const char *name) const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
-        if (isElementNamed(child, name)) {
-            return XmlNode(child);
-        }
-    }
-    return {};
+std::vector<XmlNode> XmlNode::elementsAt(std::string_view path) const {
+    std::vector<XmlNode> found;
+    visitPath(checked(node_), path, [&found](xmlNodePtr node) {
+        found.emplace_back(node);
+        return true;
+    });
+    return found;
 }
 
-std::vector<XmlNode> XmlNode::childElements(const char *name) const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    std::vector<XmlNode> found;
-    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
-        if (isElementNamed(child, name)) {
-            found.emplace_back(child);
+XmlNode XmlNode::firstElementAt(std::string_view path) const {
+    XmlNode found;
+    visitPath(checked(node_), path, [&found](xmlNodePtr node) {
+        found = XmlNode(node);
+        return false;
+    });
+    return found;
+}
+
+bool XmlNode::hasAncestorElement(const char *name) const {
+    for (xmlNodePtr node = checked(node_)->parent; node != nullptr; node = node->parent) {
+        if (isElementNamed(node, name)) {
+            return true;
         }
     }
-    return found;
+    return false;
 }
 
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -43,11 +44,14 @@ class XmlNode {
     // A null reference appends, as the list's first child is null in an empty list.
     XmlNode insertBefore(XmlNode child, XmlNode reference) const;
     std::vector<XmlNode> childNodes() const;
-    // The first child element of that name in no namespace: what the query `name` selects
-    // first, found by a look along the children. A record's fields are read this way.
-    XmlNode firstChildElement(const char *name) const;
-    // Every such child, in document order: what the query `name` selects.
-    std::vector<XmlNode> childElements(const char *name) const;
+    // What selectNodes and selectSingleNode give for a path of plain names in no namespace,
+    // relative (`a/b`) or from anywhere in the document (`//a/b`), found by a walk of the tree
+    // instead: a record's fields, a physician's list and a large message are read this way, as
+    // an XPath scan of a whole tree costs several times the walk.
+    std::vector<XmlNode> elementsAt(std::string_view path) const;
+    XmlNode firstElementAt(std::string_view path) const;
+    // Whether the query `ancestor::name` finds anything.
+    bool hasAncestorElement(const char *name) const;
 
     // XPath 1.0 relative to this node; results in document order. An invalid query raises.
     XmlNode selectSingleNode(const std::string &query) const;
@@ -108,6 +112,10 @@ class XmlDocument {
     std::vector<XmlNode> selectNodes(const std::string &query) const {
         return asNode().selectNodes(query);
     }
+    std::vector<XmlNode> elementsAt(std::string_view path) const {
+        return asNode().elementsAt(path);
+    }
+    XmlNode firstElementAt(std::string_view path) const { return asNode().firstElementAt(path); }
     // The whole document as UTF-8 text, its declaration first.
     std::string xml() const;
 

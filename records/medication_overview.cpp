@@ -133,14 +133,14 @@ class GridFill {
 void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview &view) {
     view.cleared = true;
     constexpr const char *PatientData = "//Patient/PatientData";
-    const std::vector<platform::XmlNode> data = patient.selectNodes(PatientData);
+    const std::vector<platform::XmlNode> data = patient.elementsAt(PatientData);
     view.txtPnr = FirstAt(patient, data, PatientData, "Pnr").text();
     const std::string givenName = FirstAt(patient, data, PatientData, "FirstGivenName").text();
     view.txtFName = givenName + " " + FirstAt(patient, data, PatientData, "FamilyName").text();
 
     // The file keeps the newest product first, and the grid is never sorted.
     GridFill grid(view);
-    const std::vector<platform::XmlNode> products = patient.selectNodes("//Product");
+    const std::vector<platform::XmlNode> products = patient.elementsAt("//Product");
     std::vector<platform::XmlNode> current;
     std::vector<platform::XmlNode> past;
     for (const platform::XmlNode &product : products) {

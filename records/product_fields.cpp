@@ -5,7 +5,7 @@
 namespace mirelo {
 
 std::string ProductField(const platform::XmlNode &product, const char *name) {
-    return product.firstChildElement(name).text();
+    return product.firstElementAt(name).text();
 }
 
 bool ProductFlagIsSet(const platform::XmlNode &product, const char *name) {
@@ -13,7 +13,7 @@ bool ProductFlagIsSet(const platform::XmlNode &product, const char *name) {
 }
 
 bool ProductCheckedIs(const platform::XmlNode &product, const std::string &value) {
-    for (const platform::XmlNode &checked : product.childElements("Checked")) {
+    for (const platform::XmlNode &checked : product.elementsAt("Checked")) {
         if (checked.text() == value) {
             return true;
         }
@@ -29,7 +29,7 @@ std::string ProductDisplayName(const platform::XmlNode &product) {
 }
 
 std::string ProductPackages(const platform::XmlNode &product) {
-    const platform::XmlNode size = product.firstChildElement("PackageSize");
+    const platform::XmlNode size = product.firstElementAt("PackageSize");
     if (size.isNull()) {
         return {};
     }

@@ -5,7 +5,9 @@
 #include "prescription_message_builder.h"
 #include "test_environment.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <string>
 
 using namespace mirelo;
 using mirelo::testing::MessageItem;
@@ -206,3 +208,53 @@ TEST_F(MedicationListMergeTest, unreadable_flags_of_the_same_RegNr_fail_and_of_a
 }
 
 } // namespace
+
+// What taking a message's items into a patient's file leaves: the file's text, or the failure.
+std::string outcome(const std::function<void()> &takeIn, const platform::XmlDocument &patient) {
+    try {
+        takeIn();
+        return patient.xml();
+    } catch (const MireloError &error) {
+        return "fel " + std::to_string(error.number());
+    }
+}
+
+// A message's items are taken in together, each older product read once; whatever shape a
+// hand-edited file has, the result is what taking the items in one by one gives. In the last
+// two shapes retiring the first product takes a product, or the list itself, out of the file.
+TEST_F(MedicationListMergeTest, a_message_gives_what_its_items_one_by_one_give) {
+    const auto product = [](const std::string &regNr, const std::string &checked) {
+        return "<Product><RegNr>" + regNr + "</RegNr><Checked>" + checked +
+               "</Checked><ExtendedMedicalInfo>anteckning</ExtendedMedicalInfo>"
+               "<Allergic>1</Allergic><AllergicHistory>1</AllergicHistory></Product>";
+    };
+    const struct {
+        const char *shape;
+        std::string body;
+    } files[] = {
+        {"products side by side",
+         "<MedicalList>" + product("100001", "1") + product("200002", "1") + "</MedicalList>"},
+        {"a product inside another's Checked",
+         "<MedicalList>" + product("100001", "<Product><RegNr>1</RegNr></Product>") +
+             "</MedicalList>"},
+        {"the MedicalList inside a product's Checked", product("100001", "1<MedicalList/>")},
+    };
+    const platform::XmlDocument message = messageOf({{"1", "100001"}, {"2", "1"}, {"3", "200002"}});
+    for (const auto &file : files) {
+        SCOPED_TRACE(file.shape);
+        const std::string text = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>"
+                                 "<Patient><PatientData/>" +
+                                 file.body + "</Patient>";
+        platform::XmlDocument together = parsedText(text);
+        platform::XmlDocument oneByOne = parsedText(text);
+        const platform::XmlDocument products = BuildNefXML(message);
+        EXPECT_EQ(outcome([&] { TakeInMessageItems(message, together); }, together),
+                  outcome(
+                      [&] {
+                          for (const platform::XmlNode &each : products.selectNodes("//Product")) {
+                              MergeProductIntoMedicalList(oneByOne, each);
+                          }
+                      },
+                      oneByOne));
+    }
+}

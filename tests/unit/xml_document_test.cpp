@@ -8,6 +8,7 @@
 
 using mirelo::platform::ResponseStream;
 using mirelo::platform::XmlDocument;
+using mirelo::platform::XmlNode;
 
 namespace {
 
@@ -52,6 +53,34 @@ TEST_F(XmlDocumentTest, queries_give_null_empty_text_or_the_first_match_in_docum
     EXPECT_TRUE(document.selectSingleNode("//Missing").isNull());
     EXPECT_EQ(document.selectSingleNode("//Product/ID").text(), "1");
     EXPECT_EQ(document.selectNodes("//Product").size(), 2u);
+}
+
+// The walks stand in for XPath where lists grow large, so they give what XPath gives, in the
+// same order, on every shape a hand-edited file can take: nesting, namespaces, entities.
+TEST_F(XmlDocumentTest, walked_paths_select_what_xpath_selects) {
+    XmlDocument document;
+    ASSERT_TRUE(document.loadXML(
+        "<!DOCTYPE r [<!ENTITY e '<Product><ID>entity</ID></Product>'>]>"
+        "<r><Product><ID>1</ID><List><Product><ID>2</ID></Product></List><ID>3</ID></Product>"
+        "<!-- Product --><x:Product xmlns:x='urn:x'><ID>ns</ID></x:Product>"
+        "<List xmlns='urn:d'><Product><ID>default</ID></Product></List>"
+        "&e;<List><Product><ID>4</ID></Product></List><Product/></r>"));
+    const std::vector<XmlNode> everyElement = document.selectNodes("//*");
+    for (const char *path :
+         {"//Product", "//Product/ID", "//List/Product/ID", "//r/Product", "//ID", "Product",
+          "Product/ID", "List/Product", "r/List/Product", "//Missing", "Missing/ID"}) {
+        for (const XmlNode &from : everyElement) {
+            SCOPED_TRACE(std::string(path) + " from " + from.xml());
+            EXPECT_EQ(from.elementsAt(path), from.selectNodes(path));
+            EXPECT_EQ(from.firstElementAt(path), from.selectSingleNode(path));
+        }
+        EXPECT_EQ(document.elementsAt(path), document.selectNodes(path)) << path;
+    }
+    for (const XmlNode &node : everyElement) {
+        EXPECT_EQ(node.hasAncestorElement("Product"),
+                  !node.selectSingleNode("ancestor::Product").isNull())
+            << node.xml();
+    }
 }
 
 TEST_F(XmlDocumentTest, built_documents_serialise_declaration_first_and_escape_text) {
