@@ -33,6 +33,14 @@ xmlParserInputPtr refuseExternalEntity(const char *, const char *, xmlParserCtxt
 
 void ignoreXmlError(void *, xmlErrorPtr) {}
 
+// A null node, what a query that matched nothing gives, is the run time's "object not set".
+xmlNodePtr checked(xmlNodePtr node) {
+    if (node == nullptr) {
+        runtime::raise(runtime::ObjectNotSet);
+    }
+    return node;
+}
+
 const xmlChar *xc(const std::string &text) {
     return reinterpret_cast<const xmlChar *>(text.c_str());
 }
@@ -168,9 +176,7 @@ xmlXPathContextPtr queryContextOf(xmlDocPtr doc) {
 namespace {
 
 XPathObject evaluate(xmlNodePtr node, const std::string &query) {
-    if (node == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
+    checked(node);
     thread_local CompiledQueries queries;
     const xmlXPathCompExprPtr compiled = queries.find(query);
     std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> ownContext(
@@ -276,24 +282,16 @@ void initialiseXml() {
 // --- XmlNode -----------------------------------------------------------------------------
 
 std::string XmlNode::nodeName() const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    return node_->name ? reinterpret_cast<const char *>(node_->name) : std::string();
+    const char *name = reinterpret_cast<const char *>(checked(node_)->name);
+    return name != nullptr ? name : std::string();
 }
 
 std::string XmlNode::text() const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    return fromXmlChar(xmlNodeGetContent(node_));
+    return fromXmlChar(xmlNodeGetContent(checked(node_)));
 }
 
 void XmlNode::setText(const std::string &value) const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    if (node_->type != XML_ELEMENT_NODE) {
+    if (checked(node_)->type != XML_ELEMENT_NODE) {
         xmlNodeSetContent(node_, xc(value));
         return;
     }
@@ -306,10 +304,7 @@ void XmlNode::setText(const std::string &value) const {
 }
 
 std::string XmlNode::xml() const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    return serialise(node_, "UTF-8");
+    return serialise(checked(node_), "UTF-8");
 }
 
 XmlNode XmlNode::appendChild(XmlNode child) const {
@@ -333,11 +328,8 @@ XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
 }
 
 std::vector<XmlNode> XmlNode::childNodes() const {
-    if (node_ == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
     std::vector<XmlNode> children;
-    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+    for (xmlNodePtr child = checked(node_)->children; child != nullptr; child = child->next) {
         children.emplace_back(child);
     }
     return children;
@@ -431,13 +423,6 @@ template <typename Take> void visitPath(xmlNodePtr from, std::string_view path, 
     } else {
         visitAlong(from, path, take);
     }
-}
-
-xmlNodePtr checked(xmlNodePtr node) {
-    if (node == nullptr) {
-        runtime::raise(runtime::ObjectNotSet);
-    }
-    return node;
 }
 
 } // namespace
