@@ -8,16 +8,4 @@ platform::XmlNode StartDocument(platform::XmlDocument &document, const std::stri
         document.createNode(platform::XmlDocument::NODE_ELEMENT, rootName, ""));
 }
 
-platform::XmlNode AppendElement(platform::XmlDocument &document, platform::XmlNode parent,
-                                const std::string &name) {
-    return parent.appendChild(document.createNode(platform::XmlDocument::NODE_ELEMENT, name, ""));
-}
-
-platform::XmlNode AppendField(platform::XmlDocument &document, platform::XmlNode parent,
-                              const std::string &name, const std::string &text) {
-    platform::XmlNode field = document.createNode("ELEMENT", name, "");
-    field.setText(text);
-    return parent.appendChild(field);
-}
-
 } // namespace mirelo

@@ -47,12 +47,12 @@ void CheckSettingsFile(LoginScreenState &screen) {
 void CreateSettingsFile() {
     platform::XmlDocument document;
     const platform::XmlNode root = StartDocument(document, "Settings");
-    AppendField(document, root, "Username", "");
-    AppendField(document, root, "SaveUsername", std::to_string(0));
-    AppendField(document, root, "DataPath", DefaultDataFolder());
-    AppendField(document, root, "Server", build::defaultServer);
-    AppendField(document, root, "LoginUrl", LoginUrl);
-    AppendField(document, root, "InitXmlUrl", InitXmlUrl);
+    root.appendElement("Username", "");
+    root.appendElement("SaveUsername", std::to_string(0));
+    root.appendElement("DataPath", DefaultDataFolder());
+    root.appendElement("Server", build::defaultServer);
+    root.appendElement("LoginUrl", LoginUrl);
+    root.appendElement("InitXmlUrl", InitXmlUrl);
     document.save(SettingsFilePath());
 }
 

@@ -13,13 +13,13 @@ std::optional<platform::XmlDocument> CreatePrescriptionXML(platform::XmlDocument
     try {
         platform::XmlDocument handover;
         const platform::XmlNode root = StartDocument(handover, "Patient");
-        const platform::XmlNode prescriber = AppendElement(handover, root, "PrescriberInfo");
-        AppendField(handover, prescriber, "Username", session().gUsername);
-        AppendField(handover, prescriber, "Password", session().gPassword);
-        AppendField(handover, prescriber, "Path", InboxFolder());
-        AppendField(handover, prescriber, "Version", build::version);
+        const platform::XmlNode prescriber = root.appendElement("PrescriberInfo");
+        prescriber.appendElement("Username", session().gUsername);
+        prescriber.appendElement("Password", session().gPassword);
+        prescriber.appendElement("Path", InboxFolder());
+        prescriber.appendElement("Version", build::version);
         if (patient == nullptr) {
-            AppendField(handover, prescriber, "Pnr", pnr);
+            prescriber.appendElement("Pnr", pnr);
             return handover;
         }
         const platform::XmlNode patientData = patient->selectSingleNode("//PatientData");
@@ -27,7 +27,7 @@ std::optional<platform::XmlDocument> CreatePrescriptionXML(platform::XmlDocument
             runtime::raise(runtime::ObjectNotSet);
         }
         root.appendChild(patientData);
-        const platform::XmlNode medicalList = AppendElement(handover, root, "MedicalList");
+        const platform::XmlNode medicalList = root.appendElement("MedicalList");
         for (const platform::XmlNode &product :
              patient->selectNodes("//Product[Checked = \"1\"]")) {
             medicalList.appendChild(product);

@@ -52,9 +52,9 @@ void attemptLogin(const LoginScreenInput &screen, const OpenMainFrame &openMainF
 platform::XmlDocument BuildLoginXML(const std::string &username, const std::string &password) {
     platform::XmlDocument document;
     const platform::XmlNode root = StartDocument(document, "User");
-    AppendField(document, root, "Username", username);
-    AppendField(document, root, "Password", password);
-    AppendField(document, root, "Version", build::version);
+    root.appendElement("Username", username);
+    root.appendElement("Password", password);
+    root.appendElement("Version", build::version);
     return document;
 }
 

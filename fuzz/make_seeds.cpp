@@ -123,11 +123,11 @@ std::vector<std::string> settingsSeeds(const fs::path &scratch) {
 std::string loginAnswer(const std::vector<std::pair<std::string, std::string>> &messages) {
     platform::XmlDocument answer;
     const platform::XmlNode root = StartDocument(answer, "LoginResponse");
-    AppendField(answer, root, "Signature", "Dr Märta Åström");
+    root.appendElement("Signature", "Dr Märta Åström");
     for (const auto &[status, description] : messages) {
-        const platform::XmlNode message = AppendElement(answer, root, "Message");
-        AppendField(answer, message, "Status", status);
-        AppendField(answer, message, "Description", description);
+        const platform::XmlNode message = root.appendElement("Message");
+        message.appendElement("Status", status);
+        message.appendElement("Description", description);
     }
     return answer.encodedXml();
 }

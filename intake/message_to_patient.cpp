@@ -83,10 +83,10 @@ std::string ImportPrescriptionFile(const std::string &path) {
 platform::XmlDocument NewPatientDocument() {
     platform::XmlDocument patient;
     const platform::XmlNode root = StartDocument(patient, "Patient");
-    const platform::XmlNode data = AppendElement(patient, root, "PatientData");
+    const platform::XmlNode data = root.appendElement("PatientData");
     for (const char *field : {"FamilyName", "FirstGivenName", "Pnr", "StreetName", "PostalCode",
                               "City", "GeneralInfo", "GeneralInfoBy", "GeneralInfoTimestamp"}) {
-        AppendField(patient, data, field, "");
+        data.appendElement(field, "");
     }
     return patient;
 }

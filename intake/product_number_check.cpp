@@ -20,9 +20,9 @@ platform::XmlDocument BuildVnrXML(const platform::XmlDocument &message) {
     const platform::XmlNode root = StartDocument(document, "VnrCheck");
 
     for (const platform::XmlNode &item : message.selectNodes("//PrescriptionItemDetails")) {
-        const platform::XmlNode product = AppendElement(document, root, "Product");
+        const platform::XmlNode product = root.appendElement("Product");
         const auto field = [&](const char *name, const std::string &text) {
-            AppendField(document, product, name, text);
+            product.appendElement(name, text);
         };
         field("ID", message.selectSingleNode("//PrescriptionSetId").text() + "_" +
                         itemText(item, "PrescriptionItemId"));

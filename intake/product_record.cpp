@@ -61,11 +61,11 @@ class MessageWideText {
     std::optional<std::string> issued_;
 };
 
-void appendProduct(platform::XmlDocument &products, const platform::XmlNode &root,
-                   MessageWideText &message, const platform::XmlNode &item) {
-    const platform::XmlNode product = AppendElement(products, root, "Product");
+void appendProduct(const platform::XmlNode &root, MessageWideText &message,
+                   const platform::XmlNode &item) {
+    const platform::XmlNode product = root.appendElement("Product");
     const auto field = [&](const char *name, const std::string &text) {
-        AppendField(products, product, name, text);
+        product.appendElement(name, text);
     };
     field("ID", message.setId() + "_" + textAt(item, "PrescriptionItemId"));
     field("Vnr",
@@ -113,7 +113,7 @@ platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
     const platform::XmlNode root = StartDocument(products, "VnrCheck");
     MessageWideText messageWide(message.asNode());
     for (const platform::XmlNode &item : message.elementsAt("//PrescriptionItemDetails")) {
-        appendProduct(products, root, messageWide, item);
+        appendProduct(root, messageWide, item);
     }
     return products;
 }

@@ -38,12 +38,12 @@ void answerLogin(const Users &users, const httplib::Request &request, httplib::R
     XmlDocument answer;
     const XmlNode root = mirelo::StartDocument(answer, "LoginResponse");
     if (user.signature) {
-        mirelo::AppendField(answer, root, "Signature", *user.signature);
+        root.appendElement("Signature", *user.signature);
     }
     for (const StatusMessage &fields : user.messages) {
-        const XmlNode message = mirelo::AppendElement(answer, root, "Message");
+        const XmlNode message = root.appendElement("Message");
         for (const MessageField &field : fields) {
-            mirelo::AppendField(answer, message, field.name, field.text);
+            message.appendElement(field.name, field.text);
         }
     }
     AnswerDocument(response, answer);

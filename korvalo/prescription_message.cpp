@@ -10,17 +10,15 @@
 namespace korvalo {
 namespace {
 
-using mirelo::AppendElement;
-using mirelo::AppendField;
 using mirelo::platform::XmlDocument;
 using mirelo::platform::XmlNode;
 
 // The elements of a path below the parent, each made new; gives the last.
-XmlNode appendPath(XmlDocument &document, XmlNode parent, const std::string &path) {
+XmlNode appendPath(XmlNode parent, const std::string &path) {
     std::size_t start = 0;
     while (true) {
         const std::size_t slash = path.find('/', start);
-        parent = AppendElement(document, parent, path.substr(start, slash - start));
+        parent = parent.appendElement(path.substr(start, slash - start));
         if (slash == std::string::npos) {
             return parent;
         }
@@ -28,50 +26,45 @@ XmlNode appendPath(XmlDocument &document, XmlNode parent, const std::string &pat
     }
 }
 
-void appendPatient(XmlDocument &document, XmlNode message, const PatientDetails &patient) {
-    const XmlNode matching = appendPath(document, message, "SubjectOfCare/PatientMatchingInfo");
-    AppendField(document, appendPath(document, matching, "PatientId"), "IdValue", patient.pnr);
-    const XmlNode name = appendPath(document, matching, "PersonNameDetails/StructuredPersonName");
-    AppendField(document, name, "FamilyName", patient.familyName);
-    AppendField(document, name, "FirstGivenName", patient.givenName);
-    const XmlNode address = AppendElement(document, matching, "Address");
-    const XmlNode structured = AppendElement(document, address, "StructuredAddress");
-    AppendField(document, structured, "StreetName", patient.streetName);
-    AppendField(document, structured, "City", patient.city);
-    AppendField(document, address, "PostalCode", patient.postalCode);
+void appendPatient(XmlNode message, const PatientDetails &patient) {
+    const XmlNode matching = appendPath(message, "SubjectOfCare/PatientMatchingInfo");
+    appendPath(matching, "PatientId").appendElement("IdValue", patient.pnr);
+    const XmlNode name = appendPath(matching, "PersonNameDetails/StructuredPersonName");
+    name.appendElement("FamilyName", patient.familyName);
+    name.appendElement("FirstGivenName", patient.givenName);
+    const XmlNode address = matching.appendElement("Address");
+    const XmlNode structured = address.appendElement("StructuredAddress");
+    structured.appendElement("StreetName", patient.streetName);
+    structured.appendElement("City", patient.city);
+    address.appendElement("PostalCode", patient.postalCode);
 }
 
-void appendItem(XmlDocument &document, XmlNode set, const std::string &itemId,
-                const PrescribedItem &item) {
+void appendItem(XmlNode set, const std::string &itemId, const PrescribedItem &item) {
     const CatalogueProduct &product = item.product;
-    const XmlNode details = AppendElement(document, set, "PrescriptionItemDetails");
-    AppendField(document, details, "PrescriptionItemId", itemId);
-    AppendField(document, details, "RegNr", product.regNr);
-    AppendField(document, details, "Pnmn", product.name);
-    AppendField(document, details, "Tknm", product.company);
-    AppendField(document, details, "Berf", product.form);
-    AppendField(document, details, "Strnum", product.strengthNumber);
-    AppendField(document, details, "Strenh", product.strengthUnit);
-    AppendField(document, details, "Atccode", product.atcCode);
-    AppendField(document, details, "Forpstl", product.packageSize);
+    const XmlNode details = set.appendElement("PrescriptionItemDetails");
+    details.appendElement("PrescriptionItemId", itemId);
+    details.appendElement("RegNr", product.regNr);
+    details.appendElement("Pnmn", product.name);
+    details.appendElement("Tknm", product.company);
+    details.appendElement("Berf", product.form);
+    details.appendElement("Strnum", product.strengthNumber);
+    details.appendElement("Strenh", product.strengthUnit);
+    details.appendElement("Atccode", product.atcCode);
+    details.appendElement("Forpstl", product.packageSize);
 
-    const XmlNode prescribed = AppendElement(document, details, "PrescribedMedicinalProduct");
-    const XmlNode medicinal = AppendElement(document, prescribed, "MedicinalProduct");
-    AppendField(document, AppendElement(document, medicinal, "ManufacturedProductId"), "ProductId",
-                product.vnr);
-    AppendField(document, AppendElement(document, medicinal, "Package"), "NumberOfPackages",
-                item.numberOfPackages);
-    AppendField(
-        document,
-        appendPath(document, prescribed, "InstructionsForUse/UnstructuredInstructionsForUse"),
-        "UnstructuredDosageAdmin", item.dosage);
-    const XmlNode repeat = AppendElement(document, prescribed, "RepeatDispensingInstructions");
-    AppendField(document, repeat, "DispensingRepeatNumber", item.repeats);
-    const XmlNode interval = AppendElement(document, repeat, "TimeInterval");
-    AppendField(document, interval, "TimeValue", item.timeValue);
-    AppendField(document, interval, "TimeUnit", item.timeUnit);
-    AppendField(document, appendPath(document, details, "PaymentDetails/PaymentConditions"),
-                "CareCoverageType", item.careCoverageType);
+    const XmlNode prescribed = details.appendElement("PrescribedMedicinalProduct");
+    const XmlNode medicinal = prescribed.appendElement("MedicinalProduct");
+    medicinal.appendElement("ManufacturedProductId").appendElement("ProductId", product.vnr);
+    medicinal.appendElement("Package").appendElement("NumberOfPackages", item.numberOfPackages);
+    appendPath(prescribed, "InstructionsForUse/UnstructuredInstructionsForUse")
+        .appendElement("UnstructuredDosageAdmin", item.dosage);
+    const XmlNode repeat = prescribed.appendElement("RepeatDispensingInstructions");
+    repeat.appendElement("DispensingRepeatNumber", item.repeats);
+    const XmlNode interval = repeat.appendElement("TimeInterval");
+    interval.appendElement("TimeValue", item.timeValue);
+    interval.appendElement("TimeUnit", item.timeUnit);
+    appendPath(details, "PaymentDetails/PaymentConditions")
+        .appendElement("CareCoverageType", item.careCoverageType);
 }
 
 // Unique for the life of the service and, through the clock, across restarts.
@@ -96,22 +89,18 @@ std::string IssueTimestampNow() {
 std::string WritePrescriptionMessage(const std::string &inbox, const Prescription &prescription) {
     XmlDocument document;
     const XmlNode root = mirelo::StartDocument(document, "NewPrescriptionMessage");
-    const XmlNode message = AppendElement(document, root, "PrescriptionMessage");
-    AppendField(document,
-                appendPath(document, message,
-                           "GeneralPrescriptionMessageInformation/IdOfMessageByOriginator"),
-                "IssueDateAndTimeOfMessage", prescription.issued);
-    AppendField(document,
-                appendPath(document, message,
-                           "MessageSender/HealthcareAgent/HealthcareParty/HealthcarePerson"),
-                "Name", prescription.prescriber);
-    appendPatient(document, message, prescription.patient);
+    const XmlNode message = root.appendElement("PrescriptionMessage");
+    appendPath(message, "GeneralPrescriptionMessageInformation/IdOfMessageByOriginator")
+        .appendElement("IssueDateAndTimeOfMessage", prescription.issued);
+    appendPath(message, "MessageSender/HealthcareAgent/HealthcareParty/HealthcarePerson")
+        .appendElement("Name", prescription.prescriber);
+    appendPatient(message, prescription.patient);
 
     const std::string setId = newSetId();
-    const XmlNode set = AppendElement(document, message, "PrescriptionSet");
-    AppendField(document, set, "PrescriptionSetId", setId);
+    const XmlNode set = message.appendElement("PrescriptionSet");
+    set.appendElement("PrescriptionSetId", setId);
     for (std::size_t i = 0; i < prescription.items.size(); ++i) {
-        appendItem(document, set, std::to_string(i + 1), prescription.items[i]);
+        appendItem(set, std::to_string(i + 1), prescription.items[i]);
     }
 
     const std::string folder = inbox.empty() || inbox.back() != '/' ? inbox + "/" : inbox;

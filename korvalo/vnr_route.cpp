@@ -21,10 +21,10 @@ void answerVnrCheck(const httplib::Request &request, httplib::Response &response
     XmlDocument answer;
     const XmlNode root = mirelo::StartDocument(answer, "VnrCheckResponse");
     for (const XmlNode &product : check.selectNodes("/VnrCheck/Product")) {
-        const XmlNode checked = mirelo::AppendElement(answer, root, "Product");
+        const XmlNode checked = root.appendElement("Product");
         const XmlNode vnr = product.selectSingleNode("Vnr");
-        mirelo::AppendField(answer, checked, "Vnr", vnr ? vnr.text() : "");
-        mirelo::AppendField(answer, checked, "Status", vnr ? "0" : "1");
+        checked.appendElement("Vnr", vnr ? vnr.text() : "");
+        checked.appendElement("Status", vnr ? "0" : "1");
     }
     AnswerDocument(response, answer);
 }

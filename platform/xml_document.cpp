@@ -314,6 +314,12 @@ XmlNode XmlNode::appendChild(XmlNode child) const {
     return XmlNode(xmlAddChild(node_, placeNode(node_, child.node_)));
 }
 
+XmlNode XmlNode::appendElement(const std::string &name, const std::string &text) const {
+    xmlNodePtr element =
+        xmlNewDocRawNode(checked(node_)->doc, nullptr, xc(name), text.empty() ? nullptr : xc(text));
+    return XmlNode(xmlAddChild(node_, element));
+}
+
 XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
     if (reference.isNull()) {
         return appendChild(child);

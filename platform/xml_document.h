@@ -41,6 +41,10 @@ class XmlNode {
     std::string xml() const;
 
     XmlNode appendChild(XmlNode child) const;
+    // A new element in no namespace placed last among this node's children, with the text
+    // given: createNode, setText and appendChild in one step. An empty text still gives an
+    // element, so that later queries find it.
+    XmlNode appendElement(const std::string &name, const std::string &text = {}) const;
     // A null reference appends, as the list's first child is null in an empty list.
     XmlNode insertBefore(XmlNode child, XmlNode reference) const;
     std::vector<XmlNode> childNodes() const;

@@ -144,11 +144,11 @@ AllergicHistoryNode CreateAllergicHistoryNode(const std::string &regNr, int alle
         created.owner.createProcessingInstruction("xml", platform::DeclarationData));
     created.record = created.owner.appendChild(
         created.owner.createNode(platform::XmlDocument::NODE_ELEMENT, "AllergicHistory", ""));
-    AppendField(created.owner, created.record, "RegNr", regNr);
-    AppendField(created.owner, created.record, "AllergicStatusHistory", std::to_string(allergic));
-    AppendField(created.owner, created.record, "AllergicInfoHistory", reason);
-    AppendField(created.owner, created.record, "AllergicInfoByHistory", signature);
-    AppendField(created.owner, created.record, "AllergicInfoTimestampHistory", LocalTimestamp());
+    created.record.appendElement("RegNr", regNr);
+    created.record.appendElement("AllergicStatusHistory", std::to_string(allergic));
+    created.record.appendElement("AllergicInfoHistory", reason);
+    created.record.appendElement("AllergicInfoByHistory", signature);
+    created.record.appendElement("AllergicInfoTimestampHistory", LocalTimestamp());
     return created;
 }
 

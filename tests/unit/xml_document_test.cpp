@@ -86,8 +86,8 @@ TEST_F(XmlDocumentTest, walked_paths_select_what_xpath_selects) {
 TEST_F(XmlDocumentTest, built_documents_serialise_declaration_first_and_escape_text) {
     XmlDocument document;
     const auto root = mirelo::StartDocument(document, "Settings");
-    mirelo::AppendField(document, root, "Username", "a<b & \"c\" Åke");
-    mirelo::AppendField(document, root, "Empty", "");
+    root.appendElement("Username", "a<b & \"c\" Åke");
+    root.appendElement("Empty", "");
     const std::string text = document.xml();
     EXPECT_EQ(text.rfind(Declaration, 0), 0u) << text;
     EXPECT_NE(text.find("a&lt;b &amp; \"c\" Åke"), std::string::npos) << text;
@@ -103,7 +103,7 @@ TEST_F(XmlDocumentTest, built_documents_serialise_declaration_first_and_escape_t
 TEST_F(XmlDocumentTest, save_encodes_by_the_documents_own_declaration) {
     XmlDocument built;
     const auto root = mirelo::StartDocument(built, "Settings");
-    mirelo::AppendField(built, root, "DataPath", "/hem/läkare/");
+    root.appendElement("DataPath", "/hem/läkare/");
     built.save(path("built.xml"));
     const std::string bytes = mirelo::testing::readBytes(path("built.xml"));
     EXPECT_EQ(bytes.rfind(Declaration, 0), 0u);
