@@ -344,9 +344,19 @@ std::vector<XmlNode> XmlNode::childNodes() const {
 namespace {
 
 bool isElementNamed(xmlNodePtr node, std::string_view name) {
+    if (node->type != XML_ELEMENT_NODE || node->ns != nullptr) {
+        return false;
+    }
+    // Compared here rather than by a call per node: a walk of a large file meets hundreds of
+    // thousands of them, and most differ at the first letter.
     const char *own = reinterpret_cast<const char *>(node->name);
-    return node->type == XML_ELEMENT_NODE && node->ns == nullptr &&
-           std::strncmp(own, name.data(), name.size()) == 0 && own[name.size()] == '\0';
+    size_t at = 0;
+    for (; at < name.size(); ++at) {
+        if (own[at] != name[at]) {
+            return false;
+        }
+    }
+    return own[at] == '\0';
 }
 
 // A path of plain names split at its last step.
