@@ -142,7 +142,9 @@ void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocum
         throw MireloError(errors::PatientFileDamaged,
                           withReason("Patientfil är skadad.", products.parseError().reason));
     }
-    const std::vector<platform::XmlNode> newProducts = products.elementsAt("//Product");
+    // The products were built side by side under the root; only its children need looking at.
+    const std::vector<platform::XmlNode> newProducts =
+        products.documentElement().elementsAt("Product");
     if (newProducts.empty()) {
         return;
     }

@@ -1,7 +1,6 @@
 #include "intake/message_to_patient.h"
 
 #include "core/document_building.h"
-#include "core/document_reading.h"
 #include "core/mirelo_error.h"
 #include "intake/medication_list_merge.h"
 #include "platform/file_system.h"
@@ -29,6 +28,12 @@ const std::array<std::pair<const char *, const char *>, 6> PersonalFields = {{
     {"PostalCode", "Address/PostalCode"},
     {"City", "Address/StructuredAddress/City"},
 }};
+
+// The first element at `path` below any element at `base`: what the query `base/path` selects.
+// It is found near the start of a file, so a lookup seldom walks the rest.
+platform::XmlNode below(const platform::XmlDocument &document, const char *base, const char *path) {
+    return document.firstElementAt(std::string(base) + "/" + path);
+}
 
 platform::XmlDocument loadMessage(const std::string &path) {
     platform::XmlDocument message;
@@ -58,8 +63,7 @@ platform::XmlDocument openPatient(const std::string &patientPath) {
 
 std::string ImportPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
-    const std::vector<platform::XmlNode> subjects = message.elementsAt(SubjectOfCare);
-    const std::string pnr = FirstAt(message, subjects, SubjectOfCare, "PatientId/IdValue").text();
+    const std::string pnr = below(message, SubjectOfCare, "PatientId/IdValue").text();
     // A number that would name a path outside the data folder is no number: the message is
     // set aside as one without a patient, and nothing is written.
     if (!IsPatientFileName(pnr)) {
@@ -68,10 +72,9 @@ std::string ImportPrescriptionFile(const std::string &path) {
     const std::string patientPath = PatientFilePath(pnr);
     platform::XmlDocument patient = openPatient(patientPath);
 
-    const std::vector<platform::XmlNode> patientData = patient.elementsAt(PatientData);
     for (const auto &[field, source] : PersonalFields) {
-        const std::string value = FirstAt(message, subjects, SubjectOfCare, source).text();
-        FirstAt(patient, patientData, PatientData, field).setText(value);
+        const std::string value = below(message, SubjectOfCare, source).text();
+        below(patient, PatientData, field).setText(value);
     }
 
     TakeInMessageItems(message, patient);

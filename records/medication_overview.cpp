@@ -1,6 +1,5 @@
 #include "records/medication_overview.h"
 
-#include "core/document_reading.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
 #include "records/product_fields.h"
@@ -132,11 +131,11 @@ class GridFill {
 
 void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview &view) {
     view.cleared = true;
-    constexpr const char *PatientData = "//Patient/PatientData";
-    const std::vector<platform::XmlNode> data = patient.elementsAt(PatientData);
-    view.txtPnr = FirstAt(patient, data, PatientData, "Pnr").text();
-    const std::string givenName = FirstAt(patient, data, PatientData, "FirstGivenName").text();
-    view.txtFName = givenName + " " + FirstAt(patient, data, PatientData, "FamilyName").text();
+    view.txtPnr = patient.firstElementAt("//Patient/PatientData/Pnr").text();
+    const std::string givenName =
+        patient.firstElementAt("//Patient/PatientData/FirstGivenName").text();
+    view.txtFName =
+        givenName + " " + patient.firstElementAt("//Patient/PatientData/FamilyName").text();
 
     // The file keeps the newest product first, and the grid is never sorted.
     GridFill grid(view);
