@@ -179,6 +179,7 @@ int main(int argc, char **argv) {
                                                             settingsSeeds(scratch), loginSeeds()};
     writeSeeds(out / "intake", seedSets[0]);
     writeSeeds(out / "patient_reading", seedSets[1]);
+    writeSeeds(out / "serialising", seedSets[1]);
     writeSeeds(out / "settings", seedSets[2]);
     writeSeeds(out / "login_answer", seedSets[3]);
     fs::remove_all(scratch);

@@ -4,12 +4,11 @@
 #include "platform/entity_expansion.h"
 #include "platform/file_system.h"
 #include "platform/parse_failure_reason.h"
+#include "platform/xml_serialising.h"
 
-#include <cstring>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
-#include <libxml/xmlsave.h>
 #include <libxml/xpath.h>
 #include <memory>
 #include <mutex>
@@ -195,62 +194,6 @@ XPathObject evaluate(xmlNodePtr node, const std::string &query) {
     return result;
 }
 
-// Escapes element text as the old serialiser did: the three markup characters only. A carriage
-// return goes out as it stands, so a line break typed as CR LF is stored as CR LF; libxml2's own
-// escaping would write it as a character reference.
-int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, int *inLength) {
-    const unsigned char *const inEnd = in + *inLength;
-    const unsigned char *const inStart = in;
-    unsigned char *const outEnd = out + *outLength;
-    unsigned char *const outStart = out;
-    for (; in < inEnd; ++in) {
-        const std::string_view replacement = *in == '<'   ? "&lt;"
-                                             : *in == '>' ? "&gt;"
-                                             : *in == '&' ? "&amp;"
-                                                          : std::string_view();
-        const size_t size = replacement.empty() ? 1 : replacement.size();
-        if (static_cast<size_t>(outEnd - out) < size) {
-            break;
-        }
-        if (replacement.empty()) {
-            *out = *in;
-        } else {
-            std::memcpy(out, replacement.data(), size);
-        }
-        out += size;
-    }
-    *outLength = static_cast<int>(out - outStart);
-    *inLength = static_cast<int>(in - inStart);
-    return *outLength;
-}
-
-int appendToText(void *text, const char *bytes, int length) {
-    static_cast<std::string *>(text)->append(bytes, length);
-    return length;
-}
-
-// Writes a node or the whole document in the given encoding, nested elements indented by
-// tabs as the files have always been. Our own declaration node stands first; libxml2 adds none.
-// The text ends at its first NUL, as it always has: a two-byte encoding is cut there.
-std::string serialise(xmlNodePtr node, const char *encoding) {
-    xmlTreeIndentString = "\t";
-    std::string text;
-    xmlSaveCtxtPtr save =
-        xmlSaveToIO(appendToText, nullptr, &text, encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
-    if (save == nullptr) {
-        runtime::raise(runtime::InvalidArgument);
-    }
-    xmlSaveSetEscape(save, escapeMarkup);
-    if (node->type == XML_DOCUMENT_NODE) {
-        xmlSaveDoc(save, reinterpret_cast<xmlDocPtr>(node));
-    } else {
-        xmlSaveTree(save, node);
-    }
-    xmlSaveClose(save);
-    text.resize(std::strlen(text.c_str()));
-    return text;
-}
-
 // The encoding the document's own declaration names; a document without one is UTF-8, as XML
 // has it.
 std::string declaredEncoding(xmlDocPtr doc) {
@@ -304,7 +247,7 @@ void XmlNode::setText(const std::string &value) const {
 }
 
 std::string XmlNode::xml() const {
-    return serialise(checked(node_), "UTF-8");
+    return SerialisedXml(checked(node_), "UTF-8");
 }
 
 XmlNode XmlNode::appendChild(XmlNode child) const {
@@ -629,7 +572,7 @@ void XmlDocument::adopt(_xmlDoc *parsed, const std::string &text) {
 
 std::string XmlDocument::encodedXml() const {
     std::string bytes =
-        serialise(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str());
+        SerialisedXml(reinterpret_cast<xmlNodePtr>(doc_), declaredEncoding(doc_).c_str());
     // Some names of an encoding reach a converter that drops or garbles text without a word
     // ("ISO-88591" cuts the document off at the first letter beyond ASCII). Bytes that don't
     // read back as the same document are never handed out, so a file is not spoiled by them.
@@ -682,7 +625,7 @@ XmlNode XmlDocument::asNode() const {
 }
 
 std::string XmlDocument::xml() const {
-    return serialise(reinterpret_cast<xmlNodePtr>(doc_), "UTF-8");
+    return SerialisedXml(reinterpret_cast<xmlNodePtr>(doc_), "UTF-8");
 }
 
 } // namespace mirelo::platform

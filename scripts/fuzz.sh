@@ -9,7 +9,7 @@ seconds="${1:-30}"
 here="$(cd "$(dirname "$0")/.." && pwd)"
 build="$here/build-fuzz"
 work="${MIRELO_FUZZ_WORK:-$here/out/fuzz}"
-harnesses=(intake patient_reading settings login_answer)
+harnesses=(intake patient_reading serialising settings login_answer)
 
 bash "$here/scripts/install-deps.sh"
 options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DMIRELO_FUZZ=ON -DBUILD_TESTING=OFF)

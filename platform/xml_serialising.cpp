@@ -1,0 +1,208 @@
+#include "platform/xml_serialising.h"
+
+#include "core/mirelo_error.h"
+
+#include <algorithm>
+#include <cstring>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlsave.h>
+#include <string_view>
+#include <strings.h>
+
+namespace mirelo::platform {
+namespace {
+
+// libxml2 indents a level by one copy of its indent string, up to this many.
+constexpr int DeepestIndent = 60;
+
+// Escapes element text as the old serialiser did: the three markup characters only. A carriage
+// return goes out as it stands, so a line break typed as CR LF is stored as CR LF; libxml2's own
+// escaping would write it as a character reference.
+int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, int *inLength) {
+    const unsigned char *const inEnd = in + *inLength;
+    const unsigned char *const inStart = in;
+    unsigned char *const outEnd = out + *outLength;
+    unsigned char *const outStart = out;
+    for (; in < inEnd; ++in) {
+        const std::string_view replacement = *in == '<'   ? "&lt;"
+                                             : *in == '>' ? "&gt;"
+                                             : *in == '&' ? "&amp;"
+                                                          : std::string_view();
+        const size_t size = replacement.empty() ? 1 : replacement.size();
+        if (static_cast<size_t>(outEnd - out) < size) {
+            break;
+        }
+        if (replacement.empty()) {
+            *out = *in;
+        } else {
+            std::memcpy(out, replacement.data(), size);
+        }
+        out += size;
+    }
+    *outLength = static_cast<int>(out - outStart);
+    *inLength = static_cast<int>(in - inStart);
+    return *outLength;
+}
+
+int appendToText(void *text, const char *bytes, int length) {
+    static_cast<std::string *>(text)->append(bytes, length);
+    return length;
+}
+
+// The one-pass writer. It gives up, returning false, at the first node it doesn't write as
+// libxml2 does.
+class PlainTreeWriter {
+  public:
+    explicit PlainTreeWriter(std::string &text) : text_(text) {}
+
+    bool topLevelNode(const xmlNode *node) {
+        if (node->type == XML_PI_NODE) {
+            declaration(node);
+            return true;
+        }
+        return element(node, 0);
+    }
+
+  private:
+    static bool isPlainElement(const xmlNode *node) {
+        return node->type == XML_ELEMENT_NODE && node->ns == nullptr && node->nsDef == nullptr &&
+               node->properties == nullptr;
+    }
+
+    // An element that holds text is written on one line, whatever else it holds, so that no
+    // line break or tab is added to its text.
+    static bool holdsText(const xmlNode *element) {
+        for (const xmlNode *child = element->children; child != nullptr; child = child->next) {
+            if (child->type == XML_TEXT_NODE) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void declaration(const xmlNode *node) {
+        text_ += "<?";
+        text_ += reinterpret_cast<const char *>(node->name);
+        if (node->content != nullptr) {
+            text_ += ' ';
+            text_ += reinterpret_cast<const char *>(node->content);
+        }
+        text_ += "?>";
+    }
+
+    void indent(int level) { text_.append(std::min(level, DeepestIndent), '\t'); }
+
+    void escaped(const char *content) {
+        while (*content != '\0') {
+            const size_t plain = std::strcspn(content, "<>&");
+            text_.append(content, plain);
+            content += plain;
+            if (*content == '\0') {
+                break;
+            }
+            text_ += *content == '<' ? "&lt;" : *content == '>' ? "&gt;" : "&amp;";
+            ++content;
+        }
+    }
+
+    // Writes an element from its start tag on; its line's indentation is already written.
+    // `laidOut` says whether its parent puts each child on a line of its own.
+    bool element(const xmlNode *element, int level, bool laidOut = true) {
+        if (!isPlainElement(element)) {
+            return false;
+        }
+        const char *name = reinterpret_cast<const char *>(element->name);
+        text_ += '<';
+        text_ += name;
+        if (element->children == nullptr) {
+            text_ += "/>";
+            return true;
+        }
+        const bool childrenLaidOut = laidOut && !holdsText(element);
+        text_ += '>';
+        if (childrenLaidOut) {
+            text_ += '\n';
+        }
+        for (const xmlNode *child = element->children; child != nullptr; child = child->next) {
+            if (child->type == XML_TEXT_NODE) {
+                if (child->name == xmlStringTextNoenc) {
+                    return false;
+                }
+                if (child->content != nullptr) {
+                    escaped(reinterpret_cast<const char *>(child->content));
+                }
+            } else {
+                if (childrenLaidOut) {
+                    indent(level + 1);
+                }
+                if (!this->element(child, level + 1, childrenLaidOut)) {
+                    return false;
+                }
+            }
+            if (childrenLaidOut) {
+                text_ += '\n';
+            }
+        }
+        if (childrenLaidOut) {
+            indent(level);
+        }
+        text_ += "</";
+        text_ += name;
+        text_ += '>';
+        return true;
+    }
+
+    std::string &text_;
+};
+
+} // namespace
+
+std::string SerialisedXml(xmlNodePtr node, const char *encoding) {
+    if (strcasecmp(encoding, "UTF-8") == 0) {
+        if (std::optional<std::string> text = PlainTreeXml(node)) {
+            return *std::move(text);
+        }
+    }
+    return LibxmlSerialisedXml(node, encoding);
+}
+
+std::string LibxmlSerialisedXml(xmlNodePtr node, const char *encoding) {
+    xmlTreeIndentString = "\t";
+    std::string text;
+    xmlSaveCtxtPtr save =
+        xmlSaveToIO(appendToText, nullptr, &text, encoding, XML_SAVE_NO_DECL | XML_SAVE_FORMAT);
+    if (save == nullptr) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    xmlSaveSetEscape(save, escapeMarkup);
+    if (node->type == XML_DOCUMENT_NODE) {
+        xmlSaveDoc(save, reinterpret_cast<xmlDocPtr>(node));
+    } else {
+        xmlSaveTree(save, node);
+    }
+    xmlSaveClose(save);
+    text.resize(std::strlen(text.c_str()));
+    return text;
+}
+
+std::optional<std::string> PlainTreeXml(xmlNodePtr node) {
+    std::string text;
+    PlainTreeWriter writer(text);
+    if (node->type == XML_ELEMENT_NODE) {
+        return writer.topLevelNode(node) ? std::optional(std::move(text)) : std::nullopt;
+    }
+    const auto *doc = reinterpret_cast<const xmlDoc *>(node);
+    if (node->type != XML_DOCUMENT_NODE || doc->intSubset != nullptr) {
+        return std::nullopt;
+    }
+    for (const xmlNode *child = node->children; child != nullptr; child = child->next) {
+        if (!writer.topLevelNode(child)) {
+            return std::nullopt;
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+} // namespace mirelo::platform
