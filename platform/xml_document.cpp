@@ -230,7 +230,17 @@ std::string XmlNode::nodeName() const {
 }
 
 std::string XmlNode::text() const {
-    return fromXmlChar(xmlNodeGetContent(checked(node_)));
+    // A field holds one text node or none, read in place; a list's text is gathered.
+    const xmlNode *const first = checked(node_)->children;
+    if (node_->type == XML_ELEMENT_NODE && (first == nullptr || first->next == nullptr)) {
+        if (first == nullptr) {
+            return {};
+        }
+        if (first->type == XML_TEXT_NODE && first->content != nullptr) {
+            return reinterpret_cast<const char *>(first->content);
+        }
+    }
+    return fromXmlChar(xmlNodeGetContent(node_));
 }
 
 void XmlNode::setText(const std::string &value) const {
