@@ -148,8 +148,10 @@ void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocum
     if (newProducts.empty()) {
         return;
     }
-    std::vector<platform::XmlNode> olderProducts = patient.elementsAt("//Product");
-    std::vector<platform::XmlNode> medicalLists = patient.elementsAt("//MedicalList");
+    std::vector<std::vector<platform::XmlNode>> found =
+        patient.elementsAnywhere({"Product", "MedicalList"});
+    std::vector<platform::XmlNode> &olderProducts = found[0];
+    std::vector<platform::XmlNode> &medicalLists = found[1];
     if (!productsStandApart(olderProducts, medicalLists)) {
         for (const platform::XmlNode &product : newProducts) {
             MergeProductIntoMedicalList(patient, product);

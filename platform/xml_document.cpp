@@ -405,6 +405,22 @@ std::vector<XmlNode> XmlNode::elementsAt(std::string_view path) const {
     return found;
 }
 
+std::vector<std::vector<XmlNode>>
+XmlDocument::elementsAnywhere(std::initializer_list<std::string_view> names) const {
+    std::vector<std::vector<XmlNode>> found(names.size());
+    for (xmlNodePtr node = nextInDocument(reinterpret_cast<xmlNodePtr>(doc_)); node != nullptr;
+         node = nextInDocument(node)) {
+        size_t index = 0;
+        for (const std::string_view name : names) {
+            if (isElementNamed(node, name)) {
+                found[index].emplace_back(node);
+            }
+            ++index;
+        }
+    }
+    return found;
+}
+
 XmlNode XmlNode::firstElementAt(std::string_view path) const {
     XmlNode found;
     visitPath(checked(node_), path, [&found](xmlNodePtr node) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -120,6 +121,10 @@ class XmlDocument {
         return asNode().elementsAt(path);
     }
     XmlNode firstElementAt(std::string_view path) const { return asNode().firstElementAt(path); }
+    // What elementsAt gives for `//name`, for each of several names in one walk of the
+    // document: a large patient file is walked once for its products and lists together.
+    std::vector<std::vector<XmlNode>>
+    elementsAnywhere(std::initializer_list<std::string_view> names) const;
     // The whole document as UTF-8 text, its declaration first.
     std::string xml() const;
 

@@ -76,6 +76,9 @@ TEST_F(XmlDocumentTest, walked_paths_select_what_xpath_selects) {
         }
         EXPECT_EQ(document.elementsAt(path), document.selectNodes(path)) << path;
     }
+    EXPECT_EQ(document.elementsAnywhere({"Product", "Missing", "ID"}),
+              (std::vector{document.selectNodes("//Product"), document.selectNodes("//Missing"),
+                           document.selectNodes("//ID")}));
     for (const XmlNode &node : everyElement) {
         EXPECT_EQ(node.hasAncestorElement("Product"),
                   !node.selectSingleNode("ancestor::Product").isNull())
