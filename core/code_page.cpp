@@ -149,6 +149,9 @@ std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding
             uint64_t eight = 0;
             std::memcpy(&eight, in + i, 8);
             if ((eight & HighBits) == 0) {
+                // Unrolled, the eight lookups run side by side; left a loop, the stored text
+                // goes at two thirds of the speed.
+#pragma GCC unroll 8
                 for (size_t k = 0; k < 8; ++k) {
                     const int16_t code = recoding[in[i + k]];
                     placeless |= code;
