@@ -123,23 +123,12 @@ std::array<RecodedCharacter, 256> recodedCharacters(const ByteRecoding &recoding
 
 constexpr uint64_t HighBits = 0x8080808080808080ull;
 
-} // namespace
-
-std::string Utf8ToCodePage(const std::string &utf8) {
-    return Utf8ToCodePage(utf8, unchanged());
-}
-
-std::string CodePageToUtf8(const std::string &bytes) {
-    return CodePageToUtf8(bytes, unchanged());
-}
-
 // Patient files are mostly ASCII, which needs no decoding: eight bytes at a time are checked
 // for a high bit, and only a byte that has one starts the slow way through a character. A byte
 // without a place is noted and failed at the end, since nothing partial is ever returned.
-std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding) {
-    // One character is never more than one byte of the code page, so the result fits in place.
-    std::string bytes(utf8.size(), '\0');
-    char *const start = bytes.data();
+// Gives the length written at `start`, which may be the text's own buffer: each byte is written
+// at or behind the byte being read, as a character is never longer in the code page.
+size_t recodeToCodePage(const std::string &utf8, char *const start, const ByteRecoding &recoding) {
     char *out = start;
     int16_t placeless = 0;
     const auto *in = reinterpret_cast<const unsigned char *>(utf8.data());
@@ -172,8 +161,28 @@ std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding
     if (placeless < 0) {
         runtime::raise(runtime::InvalidArgument);
     }
-    bytes.resize(static_cast<size_t>(out - start));
+    return static_cast<size_t>(out - start);
+}
+
+} // namespace
+
+std::string Utf8ToCodePage(const std::string &utf8) {
+    return Utf8ToCodePage(utf8, unchanged());
+}
+
+std::string CodePageToUtf8(const std::string &bytes) {
+    return CodePageToUtf8(bytes, unchanged());
+}
+
+std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding) {
+    std::string bytes(utf8.size(), '\0');
+    bytes.resize(recodeToCodePage(utf8, bytes.data(), recoding));
     return bytes;
+}
+
+std::string Utf8ToCodePage(std::string &&utf8, const ByteRecoding &recoding) {
+    utf8.resize(recodeToCodePage(utf8, utf8.data(), recoding));
+    return std::move(utf8);
 }
 
 // Patient files are mostly ASCII: eight bytes whose characters all are ASCII are recoded

@@ -20,6 +20,8 @@ std::string CodePageToUtf8(const std::string &bytes);
 // The same conversions with each code-page byte recoded on the way, in one pass over the text:
 // after the code page on the way in, before it on the way out.
 std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding);
+// The same in the text's own buffer, which a file's whole text spares a second one.
+std::string Utf8ToCodePage(std::string &&utf8, const ByteRecoding &recoding);
 std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recoding);
 
 } // namespace mirelo

@@ -17,11 +17,19 @@ ByteRecoding shiftTable(bool scrambling) {
     return table;
 }
 
+const ByteRecoding &scrambling() {
+    static const ByteRecoding scramble = shiftTable(true);
+    return scramble;
+}
+
 } // namespace
 
 std::string ScrambleText(const std::string &plainText) {
-    static const ByteRecoding scramble = shiftTable(true);
-    return Utf8ToCodePage(plainText, scramble);
+    return Utf8ToCodePage(plainText, scrambling());
+}
+
+std::string ScrambleText(std::string &&plainText) {
+    return Utf8ToCodePage(std::move(plainText), scrambling());
 }
 
 std::string UnscrambleText(const std::string &storedText) {

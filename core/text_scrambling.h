@@ -9,6 +9,7 @@ namespace mirelo {
 // û, ý, þ and ÿ can't be stored (their codes would leave the byte range), and stored codes
 // 0, 1, 2 and 4 can't be read back: either fails the whole operation (run-time error 5).
 std::string ScrambleText(const std::string &plainText);
+std::string ScrambleText(std::string &&plainText);
 std::string UnscrambleText(const std::string &storedText);
 
 } // namespace mirelo
