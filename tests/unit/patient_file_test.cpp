@@ -1,9 +1,12 @@
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
+#include "patient_file_builder.h"
 #include "records/patient_file.h"
 #include "test_environment.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
 
 using namespace mirelo;
 
@@ -33,6 +36,17 @@ TEST_F(PatientFileTest, reading_unscrambles_drops_every_tab_and_parses) {
     EXPECT_EQ(patient.selectSingleNode("//PatientData/FamilyName").text(), "Åström");
     // A tab inside a value is lost at reading, as it always was.
     EXPECT_EQ(patient.selectSingleNode("//PatientData/GeneralInfo").text(), "rad ettmed tabb");
+
+    // Tabs go wherever they stand: first, last, alone and in runs that cross eight bytes.
+    const std::pair<std::string, std::string> texts[] = {
+        {"\t<a>\t\tb\t</a>\t", "<a>b</a>"},
+        {"<a>1234567\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t8</a>\r\n\t\t", "<a>12345678</a>\r\n"},
+        {"<a>Åström\tÖberg</a>", "<a>ÅströmÖberg</a>"},
+    };
+    for (const auto &[stored, read] : texts) {
+        storeRaw("4", mirelo::testing::utf8ToLatin1(stored));
+        EXPECT_EQ(ReadPatientText(PatientFilePath("4")), read);
+    }
 
     // The search list keeps the tabs.
     const auto withTabs = ReadPatientFileKeepingTabs(PatientFilePath("191212121212"));
