@@ -136,15 +136,13 @@ class MessageMerge {
 } // namespace
 
 void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocument &patient) {
-    const platform::XmlDocument products = BuildNefXML(message);
-    // A document built in memory doesn't fail to parse; the check stands as it always has.
-    if (products.parseError().errorCode != 0) {
-        throw MireloError(errors::PatientFileDamaged,
-                          withReason("Patientfil är skadad.", products.parseError().reason));
-    }
-    // The products were built side by side under the root; only its children need looking at.
-    const std::vector<platform::XmlNode> newProducts =
-        products.documentElement().elementsAt("Product");
+    // The products are made in the patient's own document, under an element outside its tree:
+    // taking them in then moves each without copying its names or handing it to another
+    // document, which a message of thousands of items would feel.
+    const platform::XmlNode products =
+        patient.createNode(platform::XmlDocument::NODE_ELEMENT, "VnrCheck", "");
+    AppendNefProducts(message, products);
+    const std::vector<platform::XmlNode> newProducts = products.elementsAt("Product");
     if (newProducts.empty()) {
         return;
     }

@@ -108,13 +108,16 @@ void appendProduct(const platform::XmlNode &root, MessageWideText &message,
 
 } // namespace
 
-platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
-    platform::XmlDocument products;
-    const platform::XmlNode root = StartDocument(products, "VnrCheck");
+void AppendNefProducts(const platform::XmlDocument &message, const platform::XmlNode &root) {
     MessageWideText messageWide(message.asNode());
     for (const platform::XmlNode &item : message.elementsAt("//PrescriptionItemDetails")) {
         appendProduct(root, messageWide, item);
     }
+}
+
+platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
+    platform::XmlDocument products;
+    AppendNefProducts(message, StartDocument(products, "VnrCheck"));
     return products;
 }
 

@@ -9,5 +9,7 @@ namespace mirelo {
 // reads nothing else. An element the message lacks fails the whole message (91), except the
 // dosage text, which may be missing; a repeat number that isn't a number fails it too (13).
 platform::XmlDocument BuildNefXML(const platform::XmlDocument &message);
+// The same products, made under `root`, an element of any document.
+void AppendNefProducts(const platform::XmlDocument &message, const platform::XmlNode &root);
 
 } // namespace mirelo
