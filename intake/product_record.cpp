@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace mirelo {
 namespace {
@@ -61,34 +63,76 @@ class MessageWideText {
     std::optional<std::string> issued_;
 };
 
-void appendProduct(const platform::XmlNode &root, MessageWideText &message,
-                   const platform::XmlNode &item) {
-    const platform::XmlNode product = root.appendElement("Product");
-    const auto field = [&](const char *name, const std::string &text) {
+// What a product takes from its own item, read before any product is made.
+struct ItemTexts {
+    std::string id;
+    std::string vnr;
+    std::string regNr;
+    std::string productName;
+    std::string companyName;
+    std::string form;
+    std::string strength;
+    std::string atcCode;
+    std::string careCoverageType;
+    std::string numberOfPackages;
+    std::string packageSize;
+    std::string dosage;
+    std::string repeats;
+    // Only for a prescription that may be dispensed again does the interval mean something.
+    std::optional<std::pair<std::string, std::string>> interval;
+};
+
+// Reads an item's texts in the order of the product's elements, the message-wide ones at their
+// place, so that the first text a message lacks fails it as ever.
+ItemTexts readItem(MessageWideText &message, const platform::XmlNode &item) {
+    ItemTexts texts;
+    texts.id = message.setId() + "_" + textAt(item, "PrescriptionItemId");
+    texts.vnr =
+        textAt(item, "PrescribedMedicinalProduct/MedicinalProduct/ManufacturedProductId/ProductId");
+    texts.regNr = registeredNumber(item);
+    texts.productName = textAt(item, "Pnmn");
+    texts.companyName = textAt(item, "Tknm");
+    texts.form = textAt(item, "Berf");
+    texts.strength = textAt(item, "Strnum") + " " + textAt(item, "Strenh");
+    texts.atcCode = textAt(item, "Atccode");
+    texts.careCoverageType = textAt(item, "PaymentDetails/PaymentConditions/CareCoverageType");
+    texts.numberOfPackages =
+        textAt(item, "PrescribedMedicinalProduct/MedicinalProduct/Package/NumberOfPackages");
+    texts.packageSize = textAt(item, "Forpstl");
+    texts.dosage = dosageText(item);
+    texts.repeats = textAt(item, std::string(Repeats) + "DispensingRepeatNumber");
+    if (CDbl(texts.repeats) > 1) {
+        texts.interval.emplace(textAt(item, std::string(Repeats) + "TimeInterval/TimeValue"),
+                               textAt(item, std::string(Repeats) + "TimeInterval/TimeUnit"));
+    }
+    // Where the first product needs them, a message lacking them fails.
+    message.prescriber();
+    message.issued();
+    return texts;
+}
+
+void appendFields(const platform::XmlNode &product, MessageWideText &message,
+                  const ItemTexts &texts) {
+    const auto field = [&product](const char *name, const std::string &text) {
         product.appendElement(name, text);
     };
-    field("ID", message.setId() + "_" + textAt(item, "PrescriptionItemId"));
-    field("Vnr",
-          textAt(item,
-                 "PrescribedMedicinalProduct/MedicinalProduct/ManufacturedProductId/ProductId"));
-    field("RegNr", registeredNumber(item));
-    field("ProductName", textAt(item, "Pnmn"));
-    field("CompanyName", textAt(item, "Tknm"));
-    field("Form", textAt(item, "Berf"));
-    field("Str", textAt(item, "Strnum") + " " + textAt(item, "Strenh"));
-    field("ATCcode", textAt(item, "Atccode"));
+    field("ID", texts.id);
+    field("Vnr", texts.vnr);
+    field("RegNr", texts.regNr);
+    field("ProductName", texts.productName);
+    field("CompanyName", texts.companyName);
+    field("Form", texts.form);
+    field("Str", texts.strength);
+    field("ATCcode", texts.atcCode);
     field("SubstitutionType", "");
-    field("CareCoverageType", textAt(item, "PaymentDetails/PaymentConditions/CareCoverageType"));
-    field("NumberOfPackages",
-          textAt(item, "PrescribedMedicinalProduct/MedicinalProduct/Package/NumberOfPackages"));
-    field("PackageSize", textAt(item, "Forpstl"));
-    field("UnstructuredDosageAdmin", dosageText(item));
-    const std::string repeats = textAt(item, std::string(Repeats) + "DispensingRepeatNumber");
-    field("DispensingRepeatNumber", repeats);
-    // The interval means something only for a prescription that may be dispensed again.
-    if (CDbl(repeats) > 1) {
-        field("TimeValue", textAt(item, std::string(Repeats) + "TimeInterval/TimeValue"));
-        field("TimeUnit", textAt(item, std::string(Repeats) + "TimeInterval/TimeUnit"));
+    field("CareCoverageType", texts.careCoverageType);
+    field("NumberOfPackages", texts.numberOfPackages);
+    field("PackageSize", texts.packageSize);
+    field("UnstructuredDosageAdmin", texts.dosage);
+    field("DispensingRepeatNumber", texts.repeats);
+    if (texts.interval) {
+        field("TimeValue", texts.interval->first);
+        field("TimeUnit", texts.interval->second);
     }
     field("PrescribedBy", message.prescriber());
     field("PrescribedTimestamp", message.issued());
@@ -110,8 +154,18 @@ void appendProduct(const platform::XmlNode &root, MessageWideText &message,
 
 void AppendNefProducts(const platform::XmlDocument &message, const platform::XmlNode &root) {
     MessageWideText messageWide(message.asNode());
+    std::vector<ItemTexts> items;
     for (const platform::XmlNode &item : message.elementsAt("//PrescriptionItemDetails")) {
-        appendProduct(root, messageWide, item);
+        items.push_back(readItem(messageWide, item));
+    }
+    // Every item is read, and may fail the message, in the message's order before any product
+    // is made. They are made last to first, each placed before the one made just before it:
+    // the patient's list takes them in the same way, each first, so that its products lie in
+    // memory in the order in which a large list is then written out and freed.
+    platform::XmlNode madeLater;
+    for (auto item = items.rbegin(); item != items.rend(); ++item) {
+        madeLater = root.insertElementBefore("Product", madeLater);
+        appendFields(madeLater, messageWide, *item);
     }
 }
 

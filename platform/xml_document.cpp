@@ -273,6 +273,17 @@ XmlNode XmlNode::appendElement(const std::string &name, const std::string &text)
     return XmlNode(xmlAddChild(node_, element));
 }
 
+XmlNode XmlNode::insertElementBefore(const std::string &name, XmlNode reference) const {
+    if (reference.isNull()) {
+        return appendElement(name);
+    }
+    if (checked(node_) != reference.node_->parent) {
+        runtime::raise(runtime::InvalidArgument);
+    }
+    return XmlNode(
+        xmlAddPrevSibling(reference.node_, xmlNewDocNode(node_->doc, nullptr, xc(name), nullptr)));
+}
+
 XmlNode XmlNode::insertBefore(XmlNode child, XmlNode reference) const {
     if (reference.isNull()) {
         return appendChild(child);

@@ -46,6 +46,9 @@ class XmlNode {
     // given: createNode, setText and appendChild in one step. An empty text still gives an
     // element, so that later queries find it.
     XmlNode appendElement(const std::string &name, const std::string &text = {}) const;
+    // A new empty element placed before `reference`, a child of this node, or last when the
+    // reference is null.
+    XmlNode insertElementBefore(const std::string &name, XmlNode reference) const;
     // A null reference appends, as the list's first child is null in an empty list.
     XmlNode insertBefore(XmlNode child, XmlNode reference) const;
     std::vector<XmlNode> childNodes() const;

@@ -205,6 +205,18 @@ TEST_F(ProductRecordTest,
         message.items = {item};
         EXPECT_EQ(failureOf(message), TypeMismatch) << repeats;
     }
+    // Of two items that can't be read, the first in the message decides the failure.
+    MessageItem notANumber;
+    notANumber.repeats = "två";
+    MessageItem withoutName;
+    withoutName.omitted = {"Pnmn"};
+    for (const auto &[items, failure] :
+         {std::pair{std::vector{notANumber, withoutName}, TypeMismatch},
+          std::pair{std::vector{withoutName, notANumber}, ObjectNotSet}}) {
+        PrescriptionMessage message;
+        message.items = items;
+        EXPECT_EQ(failureOf(message), failure);
+    }
 }
 
 } // namespace
