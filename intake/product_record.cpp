@@ -16,7 +16,12 @@ namespace {
 
 constexpr const char *Dosage = "PrescribedMedicinalProduct/InstructionsForUse/"
                                "UnstructuredInstructionsForUse/UnstructuredDosageAdmin";
-constexpr const char *Repeats = "PrescribedMedicinalProduct/RepeatDispensingInstructions/";
+constexpr const char *RepeatNumber =
+    "PrescribedMedicinalProduct/RepeatDispensingInstructions/DispensingRepeatNumber";
+constexpr const char *IntervalValue =
+    "PrescribedMedicinalProduct/RepeatDispensingInstructions/TimeInterval/TimeValue";
+constexpr const char *IntervalUnit =
+    "PrescribedMedicinalProduct/RepeatDispensingInstructions/TimeInterval/TimeUnit";
 
 // An item's fields are read along its children rather than by a query each: with thousands
 // of items in one message, the queries cost more than building the products.
@@ -100,10 +105,9 @@ ItemTexts readItem(MessageWideText &message, const platform::XmlNode &item) {
         textAt(item, "PrescribedMedicinalProduct/MedicinalProduct/Package/NumberOfPackages");
     texts.packageSize = textAt(item, "Forpstl");
     texts.dosage = dosageText(item);
-    texts.repeats = textAt(item, std::string(Repeats) + "DispensingRepeatNumber");
+    texts.repeats = textAt(item, RepeatNumber);
     if (CDbl(texts.repeats) > 1) {
-        texts.interval.emplace(textAt(item, std::string(Repeats) + "TimeInterval/TimeValue"),
-                               textAt(item, std::string(Repeats) + "TimeInterval/TimeUnit"));
+        texts.interval.emplace(textAt(item, IntervalValue), textAt(item, IntervalUnit));
     }
     // Where the first product needs them, a message lacking them fails.
     message.prescriber();
