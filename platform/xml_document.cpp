@@ -267,9 +267,9 @@ XmlNode XmlNode::appendChild(XmlNode child) const {
     return XmlNode(xmlAddChild(node_, placeNode(node_, child.node_)));
 }
 
-XmlNode XmlNode::appendElement(const std::string &name, const std::string &text) const {
-    xmlNodePtr element =
-        xmlNewDocRawNode(checked(node_)->doc, nullptr, xc(name), text.empty() ? nullptr : xc(text));
+XmlNode XmlNode::appendElement(const char *name, const std::string &text) const {
+    xmlNodePtr element = xmlNewDocRawNode(checked(node_)->doc, nullptr, BAD_CAST name,
+                                          text.empty() ? nullptr : xc(text));
     return XmlNode(xmlAddChild(node_, element));
 }
 

@@ -45,7 +45,10 @@ class XmlNode {
     // A new element in no namespace placed last among this node's children, with the text
     // given: createNode, setText and appendChild in one step. An empty text still gives an
     // element, so that later queries find it.
-    XmlNode appendElement(const std::string &name, const std::string &text = {}) const;
+    XmlNode appendElement(const char *name, const std::string &text = {}) const;
+    XmlNode appendElement(const std::string &name, const std::string &text = {}) const {
+        return appendElement(name.c_str(), text);
+    }
     // A new empty element placed before `reference`, a child of this node, or last when the
     // reference is null.
     XmlNode insertElementBefore(const std::string &name, XmlNode reference) const;
