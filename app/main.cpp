@@ -1,5 +1,6 @@
 #include "platform/gui/mirelo_application.h"
 #include "platform/gui/widget_message_box.h"
+#include "platform/heap.h"
 #include "platform/http_request.h"
 #include "platform/process_browser.h"
 #include "platform/xml_document.h"
@@ -7,6 +8,7 @@
 #include "screens/screen_instance.h"
 
 int main(int argc, char **argv) {
+    mirelo::platform::initialiseHeap();
     mirelo::platform::initialiseXml();
     mirelo::platform::MireloApplication application(argc, argv);
     mirelo::platform::initialiseHttp();

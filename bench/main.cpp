@@ -4,6 +4,7 @@
 // groups whose name holds the word ("intake", "scrambling", "search", "medication", "start-up").
 
 #include "measure.h"
+#include "platform/heap.h"
 #include "platform/xml_document.h"
 #include "rows.h"
 
@@ -30,6 +31,7 @@ int main(int argc, char **argv) {
         }
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    mirelo::platform::initialiseHeap();
     mirelo::platform::initialiseXml();
     QApplication application(argc, argv);
 
