@@ -16,8 +16,8 @@ std::string SerialisedXml(_xmlNode *node, const char *encoding);
 // The same text as libxml2's serialiser writes it.
 std::string LibxmlSerialisedXml(_xmlNode *node, const char *encoding);
 
-// The same text in UTF-8, written in one pass, for the trees every patient file and message
-// holds: elements without attributes or namespaces, their text, and declarations at the top.
+// The same text in UTF-8, written in one pass, for the trees Mirelo's own files hold: elements
+// without attributes or namespaces, their text, and declarations at the top.
 // Nothing for any other tree, which libxml2 then writes. Its many small writes per element
 // cost the intake into a long list a third of its time.
 std::optional<std::string> PlainTreeXml(_xmlNode *node);
