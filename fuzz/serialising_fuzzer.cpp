@@ -1,5 +1,5 @@
-// Any document read as a patient file is read: the one-pass writer gives for it, and for every
-// element in it, the very bytes libxml2's serialiser gives, or leaves the tree to libxml2.
+// A document read as a patient file's text is read. For it, and for every element in it, the
+// one-pass writer gives the very bytes libxml2's serialiser gives, or leaves the tree to libxml2.
 #include "fuzz_environment.h"
 #include "platform/xml_document.h"
 #include "platform/xml_serialising.h"

@@ -16,19 +16,25 @@ namespace {
 // libxml2 indents a level by one copy of its indent string, up to this many.
 constexpr int DeepestIndent = 60;
 
-// Escapes element text as the old serialiser did: the three markup characters only. A carriage
-// return goes out as it stands, so a line break typed as CR LF is stored as CR LF; libxml2's own
-// escaping would write it as a character reference.
+// Element text is escaped as the old serialiser did: the three markup characters only. A
+// carriage return goes out as it stands, so a line break typed as CR LF is stored as CR LF;
+// libxml2's own escaping would write it as a character reference.
+constexpr const char *MarkupCharacters = "<>&";
+
+// What a character of element text is written as; nothing for one written as it stands.
+std::string_view markupReplacement(unsigned char c) {
+    return c == '<' ? "&lt;" : c == '>' ? "&gt;" : c == '&' ? "&amp;" : std::string_view();
+}
+
+// The escaping above, as libxml2's serialiser asks for it: a piece at a time, into a buffer
+// that may be too short for the rest.
 int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, int *inLength) {
     const unsigned char *const inEnd = in + *inLength;
     const unsigned char *const inStart = in;
     unsigned char *const outEnd = out + *outLength;
     unsigned char *const outStart = out;
     for (; in < inEnd; ++in) {
-        const std::string_view replacement = *in == '<'   ? "&lt;"
-                                             : *in == '>' ? "&gt;"
-                                             : *in == '&' ? "&amp;"
-                                                          : std::string_view();
+        const std::string_view replacement = markupReplacement(*in);
         const size_t size = replacement.empty() ? 1 : replacement.size();
         if (static_cast<size_t>(outEnd - out) < size) {
             break;
@@ -95,13 +101,13 @@ class PlainTreeWriter {
 
     void escaped(const char *content) {
         while (*content != '\0') {
-            const size_t plain = std::strcspn(content, "<>&");
+            const size_t plain = std::strcspn(content, MarkupCharacters);
             text_.append(content, plain);
             content += plain;
             if (*content == '\0') {
                 break;
             }
-            text_ += *content == '<' ? "&lt;" : *content == '>' ? "&gt;" : "&amp;";
+            text_ += markupReplacement(static_cast<unsigned char>(*content));
             ++content;
         }
     }
