@@ -74,6 +74,11 @@ void storePatientFile(const std::string &fileName, const std::string &utf8Text) 
     writeBytes(session().gDataPath + fileName, scrambleBytes(utf8ToLatin1(utf8Text)));
 }
 
+void storePatient(const std::string &pnr, const std::vector<ProductFields> &products,
+                  const std::string &familyName, const std::string &givenName) {
+    storePatientFile(pnr + ".xml", patientText(pnr, familyName, givenName, products));
+}
+
 std::string utf8ToLatin1(const std::string &utf8) {
     std::string latin1;
     for (size_t i = 0; i < utf8.size(); ++i) {

@@ -24,16 +24,16 @@ struct ProductFields {
     std::string prescribedBy = "Doktor Ek";
     std::string prescribedTimestamp = "2026-01-10T09:30:00";
     std::string checked = "1";
-    std::string note;
-    std::string noteBy;
-    std::string noteTimestamp;
+    std::string note{};
+    std::string noteBy{};
+    std::string noteTimestamp{};
     std::string insertedBy = "Doktor Ek";
     std::string insertedTimestamp = "2026-01-10T09:30:00";
-    std::string takenOutBy;
-    std::string takenOutTimestamp;
+    std::string takenOutBy{};
+    std::string takenOutTimestamp{};
     std::string allergic = "0";
     std::string allergicHistory = "0";
-    std::set<std::string> omitted;
+    std::set<std::string> omitted{};
 };
 
 // The plain text of a patient file, UTF-8, its products in the order given (newest first).
@@ -44,6 +44,11 @@ std::string patientText(const std::string &pnr, const std::string &familyName,
 // Stores UTF-8 text as a patient file in the data folder under the given file name,
 // scrambled by the rule itself.
 void storePatientFile(const std::string &fileName, const std::string &utf8Text);
+
+// Stores the patient file of `pnr` with the products given, named Tolvan Tolvansson unless told.
+void storePatient(const std::string &pnr, const std::vector<ProductFields> &products,
+                  const std::string &familyName = "Tolvansson",
+                  const std::string &givenName = "Tolvan");
 
 std::string utf8ToLatin1(const std::string &utf8);
 

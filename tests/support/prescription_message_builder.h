@@ -25,7 +25,7 @@ struct MessageItem {
     std::string timeValue = "14";
     std::string timeUnit = "d";
     std::string careCoverageType = "HK";
-    std::set<std::string> omitted;
+    std::set<std::string> omitted{};
 };
 
 // A message as the prescribing service writes it: the subject of care, the prescriber, the
@@ -40,8 +40,8 @@ struct PrescriptionMessage {
     std::string prescriber = "Doktor Björk";
     std::string issued = "2026-03-14T10:20:30";
     std::string setId = "S1";
-    std::vector<MessageItem> items;
-    std::set<std::string> omitted;
+    std::vector<MessageItem> items{};
+    std::set<std::string> omitted{};
 };
 
 // The message's XML text, UTF-8, with the ISO-8859-1 declaration the service writes.

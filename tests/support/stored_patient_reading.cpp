@@ -21,4 +21,8 @@ Fields childFields(const platform::XmlNode &node) {
     return fields;
 }
 
+Fields storedFields(const std::string &path, const std::string &query) {
+    return childFields(readStoredPatient(path).selectSingleNode(query));
+}
+
 } // namespace mirelo::testing

@@ -17,4 +17,7 @@ platform::XmlDocument readStoredPatient(const std::string &path);
 using Fields = std::vector<std::pair<std::string, std::string>>;
 Fields childFields(const platform::XmlNode &node);
 
+// The element children of the first node of the stored patient file that the query selects.
+Fields storedFields(const std::string &path, const std::string &query);
+
 } // namespace mirelo::testing

@@ -1,11 +1,10 @@
 #include "test_environment.h"
 
-#include "core/application_context.h"
 #include "core/clock.h"
+#include "platform/browser.h"
 #include "platform/process_end.h"
 
 #include <cstdlib>
-#include <filesystem>
 
 namespace mirelo::testing {
 
@@ -35,6 +34,7 @@ void ApplicationTest::SetUp() {
 }
 
 void ApplicationTest::TearDown() {
+    platform::setBrowserFactory({});
     platform::setMsgBoxPresenter({});
     platform::setEndProcessHandler({});
     freezeClockForTesting(QDateTime());
@@ -42,6 +42,23 @@ void ApplicationTest::TearDown() {
     session() = SessionValues{};
     std::error_code ignored;
     std::filesystem::remove_all(appDir_, ignored);
+}
+
+Texts ApplicationTest::said() {
+    static const char *const icons[] = {"", "stop", "exclamation", "warning"};
+    Texts lines;
+    for (const platform::MsgBoxRequest &box : boxes) {
+        std::string kind = icons[static_cast<int>(box.icon)];
+        if (box.buttons == platform::MsgBoxButtons::YesNo) {
+            kind += " yes/no";
+        }
+        if (box.title != "Mirelo") {
+            kind += " title " + box.title;
+        }
+        lines.push_back("[" + kind + "] " + box.text);
+    }
+    boxes.clear();
+    return lines;
 }
 
 std::vector<std::string> filesHolding(const std::string &folder, const std::string &text,

@@ -1,10 +1,14 @@
 #pragma once
 
+#include "core/application_context.h"
+#include "core/mirelo_error.h"
 #include "file_bytes.h"
 #include "platform/message_box.h"
 
 #include <QDateTime>
 #include <deque>
+#include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -12,12 +16,18 @@
 
 namespace mirelo::testing {
 
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using Texts = std::vector<std::string>;
+
 // Thrown by the test's end-of-process handler, so a test can assert that the process ended.
 struct ProcessEnded {};
 
 // Every test works in a temporary application directory of its own, with in/ and data/ laid
 // out as an installation has them, gDataPath pointing at data/, a frozen clock, scripted
-// message boxes and a recorded end of the process.
+// message boxes, a recorded end of the process and no browser of its own.
 class ApplicationTest : public ::testing::Test {
   protected:
     void SetUp() override;
@@ -31,7 +41,13 @@ class ApplicationTest : public ::testing::Test {
     std::deque<platform::MsgBoxResult> nextAnswers;
     bool processEnded = false;
 
+    // Every box shown so far as one line: its icon and buttons in brackets, then its text, as in
+    // "[stop] Filen hittades inte" or "[warning yes/no] Vill du ...". A title other than the
+    // program's own stands in the brackets too. Forgets the boxes.
+    Texts said();
+
     static QDateTime frozenNow() { return QDateTime(QDate(2026, 3, 15), QTime(14, 5, 9)); }
+    static constexpr const char *Now = "2026-03-15 14:05:09";
 
   private:
     std::string appDir_;

@@ -1,0 +1,63 @@
+#include "screen_test.h"
+
+namespace mirelo::testing {
+
+void ScreenTest::SetUp() {
+    ApplicationTest::SetUp();
+    ensureGuiApplication();
+}
+
+void ScreenTest::TearDown() {
+    Unload<frmAllergicExtendedInfo>();
+    Unload<frmMedicalNote>();
+    Unload<frmAllergicHistory>();
+    Unload<frmExtendedInfo>();
+    Unload<frmPatInfo>();
+    Unload<frmAbout>();
+    Unload<frmSettings>();
+    Unload<frmShowPatient>();
+    Unload<frmMain>();
+    Unload<frmSplash>();
+    Unload<mainApp>();
+    unloadNow();
+    ApplicationTest::TearDown();
+}
+
+mainApp &ScreenTest::showFrame() {
+    mainApp &frame = Screen<mainApp>();
+    frame.show();
+    frame.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&frame));
+    return frame;
+}
+
+void ScreenTest::search(const QString &text) {
+    frmMain &screen = Screen<frmMain>();
+    screen.txtSearch->clear();
+    QTest::keyClicks(screen.txtSearch, text);
+    QTest::keyClick(screen.txtSearch, Qt::Key_Return);
+}
+
+frmShowPatient &ScreenTest::openPatient(const std::string &pnr) {
+    showFrame();
+    search(QString::fromStdString(pnr));
+    return Screen<frmShowPatient>();
+}
+
+void ScreenTest::logIn(const QString &username, const QString &password) {
+    frmSplash &splash = Screen<frmSplash>();
+    QTest::keyClicks(splash.txtUsername, username);
+    QTest::keyClicks(splash.txtPassword, password);
+    QTest::keyClick(splash.txtPassword, Qt::Key_Return);
+}
+
+void ScreenTest::clickCell(platform::FlexGrid *grid, int row, int col) {
+    const QRect cell = grid->visualItemRect(grid->item(row, col));
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+}
+
+void ScreenTest::unloadNow() {
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+} // namespace mirelo::testing
