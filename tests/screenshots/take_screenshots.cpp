@@ -7,8 +7,8 @@
 #include "patient_file_builder.h"
 #include "platform/gui/flex_grid.h"
 #include "records/note_records.h"
-#include "screens/frmAllergicExtendedInfo.h"
 #include "screens/frmAbout.h"
+#include "screens/frmAllergicExtendedInfo.h"
 #include "screens/frmAllergicHistory.h"
 #include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
@@ -62,36 +62,31 @@ int main(int argc, char **argv) {
     session().gSignature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
     // Twenty products, so the list scrolls under its fixed row, and a signature long enough
     // to reach the next caption of the detail panel.
-    support::ProductFields waran;
-    waran.id = "S2_1";
-    waran.regNr = "19650101";
-    waran.productName = "Waran";
-    waran.companyName = "Karo Pharma";
-    waran.strength = "2,5 mg";
-    waran.atcCode = "B01AA03";
-    waran.allergic = "1";
-    waran.insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
-    waran.prescribedTimestamp = "2026-11-23T14:30:00";
-    support::ProductFields alvedon;
-    alvedon.id = "S1_0";
-    alvedon.checked = "0";
-    alvedon.regNr = "100002";
-    alvedon.allergicHistory = "1";
-    alvedon.note = "Magbesvär vid högre dos.";
-    alvedon.noteBy = "Dr. Karin Lindqvist";
-    alvedon.noteTimestamp = "2026-02-03 10:15:00";
-    std::vector<support::ProductFields> products{waran, alvedon};
+    std::vector<support::ProductFields> products{
+        {.id = "S2_1",
+         .regNr = "19650101",
+         .productName = "Waran",
+         .companyName = "Karo Pharma",
+         .strength = "2,5 mg",
+         .atcCode = "B01AA03",
+         .prescribedTimestamp = "2026-11-23T14:30:00",
+         .insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan",
+         .allergic = "1"},
+        {.id = "S1_0",
+         .regNr = "100002",
+         .checked = "0",
+         .note = "Magbesvär vid högre dos.",
+         .noteBy = "Dr. Karin Lindqvist",
+         .noteTimestamp = "2026-02-03 10:15:00",
+         .allergicHistory = "1"}};
     for (int number = 1; number < 20; ++number) {
-        support::ProductFields past;
-        past.id = "S1_" + std::to_string(number);
-        past.checked = number < 4 ? "1" : "0";
-        past.atcCode = "N02BE0" + std::to_string(number % 10);
-        past.allergicHistory = number == 2 ? "1" : "0";
-        past.note = number == 3 ? "Tas med mat" : "";
-        products.push_back(past);
+        products.push_back({.id = "S1_" + std::to_string(number),
+                            .atcCode = "N02BE0" + std::to_string(number % 10),
+                            .checked = number < 4 ? "1" : "0",
+                            .note = number == 3 ? "Tas med mat" : "",
+                            .allergicHistory = number == 2 ? "1" : "0"});
     }
-    support::storePatientFile("191212121212.xml",
-                              support::patientText("191212121212", "Åström", "Märta", products));
+    support::storePatient("191212121212", products, "Åström", "Märta");
 
     mainApp &frame = Screen<mainApp>();
     frame.show();
