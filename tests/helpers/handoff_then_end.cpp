@@ -7,25 +7,24 @@
 #include "platform/process_end.h"
 #include "platform/xml_document.h"
 
+#include <cstdlib>
 #include <iostream>
 
 using namespace mirelo;
 
-// Stands in for Mirelo: hands a personal number over to the real browser, prints the
-// browser's process id and any message box, and ends as a fatal failure ends Mirelo.
-// Arguments: the application directory, the server's address, the hand-over page's path, the
-// password the physician logged in with.
-int main(int argc, char **argv) {
-    if (argc != 5) {
-        return 2;
-    }
+// Stands in for Mirelo: hands a number over to the real browser, prints its process id and any
+// box, and ends as a fatal failure ends Mirelo. Arguments: application folder, server, hand-over
+// page, password.
+int main(int, char **argv) {
     testing::ensureGuiApplication();
     platform::initialiseXml();
     setApplicationDirectoryForTesting(argv[1]);
-    session().gServer = argv[2];
-    session().gInitXmlUrl = argv[3];
-    session().gUsername = "demo";
-    session().gPassword = argv[4];
+    // The browser's home lies in the application directory, where a profile on disk is found.
+    for (const char *variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
+        ::setenv(variable, (std::string(argv[1]) + "/home").c_str(), 1);
+    }
+    session() = {
+        .gUsername = "demo", .gPassword = argv[4], .gServer = argv[2], .gInitXmlUrl = argv[3]};
     platform::setMsgBoxPresenter([](const platform::MsgBoxRequest &request) {
         std::cout << "box " << request.text << std::endl;
         return platform::MsgBoxResult::OK;
