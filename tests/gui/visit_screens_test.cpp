@@ -1,0 +1,470 @@
+#include "browser_processes.h"
+#include "korvalo_process.h"
+#include "platform/gui/folder_picker.h"
+#include "screen_test.h"
+#include "scripted_browser.h"
+#include "web_client.h"
+
+#include <QMdiArea>
+#include <QToolButton>
+#include <algorithm>
+#include <regex>
+
+namespace mirelo::testing {
+namespace {
+
+const std::string Pnr = "191212121212";
+
+class VisitScreensTest : public ScreenTest {
+  protected:
+    static void standsWhole(QWidget &screen) {
+        const QRect panel = screen.parentWidget()->geometry();
+        EXPECT_EQ(panel, QRect(QPoint(0, 0), screen.size())) << screen.objectName().toStdString();
+        EXPECT_TRUE(Screen<mainApp>().mdiArea->viewport()->rect().contains(panel));
+    }
+};
+
+TEST_F(VisitScreensTest, the_login_screen_starts_in_the_password_box_and_Avsluta_asks_nothing) {
+    writeSettingsFile({.username = "abc", .saveUsername = "1", .dataPath = appDir() + "/data/"});
+    frmSplash &splash = Screen<frmSplash>();
+    EXPECT_TRUE(splash.txtUsername->text() == "abc" && splash.chkSaveUsername->isChecked());
+    EXPECT_EQ(splash.focusWidget(), splash.txtPassword);
+    EXPECT_EQ(splash.txtPassword->echoMode(), QLineEdit::Password);
+    EXPECT_THROW(splash.Command1->click(), ProcessEnded);
+    EXPECT_THAT(said(), IsEmpty());
+    // A settings file that can't be read ends the process before the login screen shows.
+    Unload<frmSplash>();
+    writeBytes(path("System/Settings.xml"), "<Settings><Username>");
+    EXPECT_THROW(Screen<frmSplash>(), ProcessEnded);
+    EXPECT_THAT(said(),
+                ElementsAre(StartsWith("[stop] Inställningsfilen är skadad.\r\nAnledning: ")));
+}
+
+TEST_F(VisitScreensTest, the_search_opens_a_whole_number_and_hands_off_one_without_a_file) {
+    BrowserScript script;
+    scriptBrowsers(script);
+    storePatient(Pnr, {});
+    storePatient("191313131313", {});
+    frmMain &finder = Screen<frmMain>();
+    showFrame();
+    search("19121212-1212");
+    frmShowPatient &view = Screen<frmShowPatient>();
+    EXPECT_TRUE(view.isVisible() && finder.isVisible() && finder.List1->count() == 0);
+    standsWhole(finder);
+    standsWhole(view);
+
+    for (QWidget *focus : std::initializer_list<QWidget *>{view.FlexGrid, view.chkMode}) {
+        focus->setFocus();
+        QTest::keyClick(focus, Qt::Key_Return);
+    }
+    EXPECT_EQ(script.browsersMade, 2);
+    // Ctrl+A closes from every screen of the frame, also from a text box.
+    nextAnswers = {platform::MsgBoxResult::No, platform::MsgBoxResult::No};
+    for (QWidget *focus : std::initializer_list<QWidget *>{view.FlexGrid, finder.txtSearch}) {
+        focus->setFocus();
+        QTest::keyClick(focus, Qt::Key_A, Qt::ControlModifier);
+    }
+    EXPECT_EQ(said(), Texts(2, "[warning yes/no] Vill du verkligen avsluta Mirelo?"));
+    view.chkMode->setFocus();
+    QTest::keyClick(view.chkMode, Qt::Key_Escape);
+    EXPECT_EQ(QApplication::focusWidget(), finder.txtSearch);
+
+    search("1999");
+    EXPECT_EQ(script.browsersMade, 3);
+    EXPECT_THAT(script.field("txtXml"), HasSubstr("<Pnr>1999</Pnr>"));
+    search("--");
+    EXPECT_EQ(said(), Texts{"[] Ange personnummer vid sökning"});
+    search("19");
+    ASSERT_EQ(finder.List1->count(), 2);
+    std::filesystem::remove(path("data/" + Pnr + ".xml"));
+    finder.cmdSelPat->click();
+    EXPECT_EQ(said(), Texts{"[stop] Patientens fil saknas."});
+    ASSERT_EQ(finder.List1->count(), 1);
+    EXPECT_EQ(finder.List1->item(0)->text(), "191313131313 Tolvansson");
+    finder.List1->clear();
+    finder.cmdSelPat->click();
+    EXPECT_EQ(said(), Texts{"[exclamation] Det finns inga patienter i listan!\r\n"
+                            "Använd \"Sök\"-funktionen eller \"Lista alla\"."});
+}
+
+TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_itself_for_the_next) {
+    const std::string signature = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
+    std::vector<ProductFields> products(20, {.checked = "0"});
+    products[0] = {.id = "A_1", .atcCode = "B01AA03", .note = "Blödningsrisk", .allergic = "1"};
+    products[0].insertedBy = products[0].takenOutBy = signature;
+    products[1] = {.id = "B_1", .productName = "Levaxin", .atcCode = "H03AA01", .note = "Fasta"};
+    products[1].allergicHistory = "1";
+    products[2].checked = products[3].checked = "1";
+    storePatient(Pnr, products);
+    storePatient("202002022222", {});
+    frmShowPatient &view = openPatient(Pnr);
+    platform::FlexGrid *grid = view.FlexGrid;
+    EXPECT_EQ(grid->Rows(), 21);
+    EXPECT_EQ((std::vector<int>{grid->CellPictureAt(1, 1), grid->CellPictureAt(2, 0),
+                                grid->CellPictureAt(2, 1), grid->CellPictureAt(5, 2)}),
+              (std::vector<int>{3, 7, 6, 2}));
+    EXPECT_TRUE(grid->CellForeColorAt(3, 10) == Qt::red && grid->CellForeColorAt(4, 0) == Qt::red &&
+                grid->CellForeColorAt(1, 3) != Qt::red);
+    EXPECT_TRUE(grid->isColumnHidden(7) && grid->CellFontBoldAt(0, 3));
+    // Only ids known to be in the grid are asked for: another one runs past the last row.
+    EXPECT_THROW(view.SelectFlexGridID("not-in-the-grid"), MireloError);
+    // A long signature stops before the next caption and shows whole as its tooltip.
+    for (const QLabel *value : {view.Label12, view.Label13}) {
+        EXPECT_EQ(value->text() + value->toolTip(), QString::fromStdString(signature + signature));
+        EXPECT_LE(value->geometry().right(), view.Label15->geometry().left());
+    }
+
+    // The warning triangle stands where the note button would; both open in place of the view.
+    clickCell(grid, 1, 1);
+    EXPECT_TRUE(Screen<frmExtendedInfo>().isVisible() && !view.isVisible());
+    Screen<frmExtendedInfo>().cmdClose->click();
+    ASSERT_TRUE(view.isVisible() && view.cmdExtInfo->isVisible() && view.cmdNote->isHidden());
+    view.cmdExtInfo->click();
+    EXPECT_TRUE(Screen<frmExtendedInfo>().isVisible() && !view.isVisible());
+    EXPECT_EQ(Screen<frmExtendedInfo>().FlexGrid->Row(), 1);
+    Screen<frmExtendedInfo>().cmdClose->click();
+    clickCell(grid, 2, 0);
+    EXPECT_TRUE(Screen<frmAllergicHistory>().isVisible() && view.isVisible());
+    EXPECT_THAT(Screen<frmAllergicHistory>().Frame1->title().toStdString(), HasSubstr("Levaxin"));
+    Screen<frmAllergicHistory>().cmdBack->click();
+
+    // Past products hidden: the note is asked of the top one taken out, though its row went.
+    view.chkMode->click();
+    EXPECT_TRUE(grid->Rows() == 21 && grid->TextMatrix(5, 3).isEmpty());
+    EXPECT_TRUE(grid->Row() == 1 && !view.Label11->isHidden());
+    std::string noteOn;
+    whileOpen<frmMedicalNote>([&noteOn](frmMedicalNote &note) {
+        noteOn = note.ID;
+        note.cmdSave->click();
+    });
+    clickCell(grid, 1, 2);
+    EXPECT_EQ(noteOn, "A_1");
+    EXPECT_EQ(grid->TextMatrix(1, 7), "B_1");
+
+    QTest::mouseClick(view.cmdNyPatient, Qt::LeftButton);
+    unloadNow();
+    EXPECT_TRUE(!IsLoaded<frmShowPatient>() && Screen<frmMain>().isVisible());
+    frmShowPatient &next = openPatient("202002022222");
+    EXPECT_TRUE(next.chkMode->isChecked() && next.FlexGrid->Rows() == 14);
+    EXPECT_THAT(said(), IsEmpty());
+}
+
+TEST_F(VisitScreensTest, a_tick_after_the_file_vanished_shows_error_53_whichever_way_it_came) {
+    const struct {
+        const char *name;
+        int row;
+        bool byKeyboard;
+    } roads[] = {{"marked row", 1, false}, {"other row", 2, false}, {"row keyed to", 2, true}};
+    for (const auto &road : roads) {
+        SCOPED_TRACE(road.name);
+        storePatient(Pnr, {{.id = "S2_1"}, {.id = "S1_1"}});
+        frmShowPatient &view = openPatient(Pnr);
+        if (road.byKeyboard) {
+            QTest::keyClick(view.FlexGrid, Qt::Key_Down);
+        }
+        std::filesystem::remove(path("data/" + Pnr + ".xml"));
+        clickCell(view.FlexGrid, road.row, 2);
+        EXPECT_EQ(said(), Texts{"[stop] Filen hittades inte"});
+        EXPECT_TRUE(view.isVisible() && view.FlexGrid->CellPictureAt(road.row, 2) == 1);
+        view.cmdNyPatient->click();
+        unloadNow();
+    }
+}
+
+// The view's buttons have no handler: a file gone or damaged since the view was filled ends
+// the process with the run time's report, and the file stays as it was.
+TEST_F(VisitScreensTest, a_file_lost_or_damaged_under_the_buttons_ends_the_process_untouched) {
+    const std::string bad = "[stop] Körfel '-2147220988':\r\nPatientfil är skadad.\r\nAnledning: ";
+    const struct {
+        const char *name;
+        std::string harmed; // empty: the file is gone
+        QPushButton *frmShowPatient::*button;
+        ::testing::Matcher<Texts> report;
+    } cases[] = {
+        {"details of a missing file", "", &frmShowPatient::cmdPatInfo,
+         ElementsAre("[stop] Körfel '53':\r\nFilen hittades inte")},
+        {"details of a damaged file", "<Patient", &frmShowPatient::cmdPatInfo,
+         ElementsAre(StartsWith(bad))},
+        {"Ordinera on a damaged file", "<Patient", &frmShowPatient::cmdSend,
+         ElementsAre(StartsWith(bad))},
+    };
+    const std::string file = path("data/" + Pnr + ".xml");
+    for (const auto &test : cases) {
+        SCOPED_TRACE(test.name);
+        storePatient(Pnr, {});
+        frmShowPatient &view = openPatient(Pnr);
+        test.harmed.empty() ? void(std::filesystem::remove(file)) : writeBytes(file, test.harmed);
+        EXPECT_THROW(QTest::mouseClick(view.*test.button, Qt::LeftButton), ProcessEnded);
+        EXPECT_THAT(said(), test.report);
+        EXPECT_EQ(readBytes(file), test.harmed);
+        Unload<frmPatInfo>();
+        Unload<frmShowPatient>();
+        unloadNow();
+    }
+}
+
+TEST_F(VisitScreensTest, about_opens_by_ctrl_O_and_starts_the_system_tool_only_when_there_is_one) {
+    showFrame();
+    const QByteArray searchPath = qgetenv("PATH");
+    qputenv("PATH", QByteArray::fromStdString(appDir()));
+    QStringList shown;
+    whileOpen<frmAbout>([&](frmAbout &about) {
+        shown = {about.windowTitle(),   about.lblTitle->text(),       about.lblVersion->text(),
+                 about.Frame1->title(), about.lblDescription->text(), about.cmdSysInfo->text()};
+        about.cmdSysInfo->click();
+        EXPECT_EQ(said(), Texts{"[] System Information Is Unavailable At This Time"});
+        EXPECT_TRUE(about.isVisible());
+        writeBytes(path("hardinfo"), "#!/bin/sh\n/usr/bin/touch '" + path("started") + "'\n");
+        std::filesystem::permissions(path("hardinfo"), std::filesystem::perms::owner_all);
+        about.cmdSysInfo->click();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(path("started")); }));
+        QTest::keyClick(&about, Qt::Key_Escape);
+    });
+    QTest::keyClick(Screen<frmMain>().txtSearch, Qt::Key_O, Qt::ControlModifier);
+    qputenv("PATH", searchPath);
+    unloadNow();
+    EXPECT_EQ(shown, (QStringList{"Om Mirelo", "Mirelo", "Version 1.0.2", "Kontaktinformation",
+                                  "Brenmark AB", "&System Info..."}));
+    EXPECT_THAT(said(), IsEmpty());
+    EXPECT_FALSE(IsLoaded<frmAbout>());
+}
+
+// A good path is stored in the whole visit; here the picker only fills the box, Avbryt forgets it.
+TEST_F(VisitScreensTest, the_settings_dialog_keeps_file_and_session_but_on_a_good_OK) {
+    const std::string data = appDir() + "/data/", file = path("System/Settings.xml");
+    writeSettingsFile({.dataPath = data});
+    const std::string before = readBytes(file);
+    const auto pick = [](const std::optional<std::string> &choice) {
+        platform::setNextFolderChoice(choice);
+        Screen<frmSettings>().cmdBrowse->click();
+        return Screen<frmSettings>().txtPath->text().toStdString();
+    };
+    EXPECT_EQ(pick(std::nullopt), data);
+    EXPECT_EQ(pick(appDir() + "/saknas/vald"), appDir() + "/saknas/vald/");
+    EXPECT_EQ(said(), Texts{"[] Välj korrekt sökväg till en katalog. Sökvägen hittades inte"});
+    EXPECT_EQ(pick(appDir() + "/vald"), appDir() + "/vald/");
+    QTest::keyClick(&Screen<frmSettings>(), Qt::Key_Escape);
+    unloadNow();
+    EXPECT_FALSE(IsLoaded<frmSettings>());
+    EXPECT_TRUE(std::filesystem::is_directory(appDir() + "/vald")) << "the picker made it";
+
+    const auto pressOK = [&](const std::string &typed) {
+        Screen<frmSettings>().txtPath->setText(QString::fromStdString(typed));
+        Screen<frmSettings>().OKButton->click();
+        unloadNow();
+        EXPECT_EQ(session().gDataPath, data);
+        return said();
+    };
+    EXPECT_EQ(pressOK(""), Texts{"[] Det måste finnas en sökväg till datakatalogen. "});
+    EXPECT_TRUE(IsLoaded<frmSettings>()) << "an empty box keeps the dialog open";
+    EXPECT_EQ(pressOK(appDir() + "/saknas/ny"),
+              Texts{"[stop] Kontakta support och ange följande fel: 76 Sökvägen hittades inte"});
+    EXPECT_FALSE(IsLoaded<frmSettings>());
+    EXPECT_EQ(readBytes(file), before);
+    writeBytes(file, "<Settings><DataPath>");
+    EXPECT_THAT(pressOK(appDir() + "/annan"),
+                ElementsAre(StartsWith("[stop] Kunde inte läsa inställningsfil.\r\nAnledning: ")));
+    EXPECT_EQ(readBytes(file), "<Settings><DataPath>");
+}
+
+TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its_marks) {
+    KorvaloProcess korvalo({"--inbox", path("in")});
+    writeSettingsFile({.dataPath = appDir() + "/data/", .server = korvalo.baseUrl()});
+    BrowserScript script;
+    scriptBrowsers(script);
+    // No given name, street or postal code: the blanks show as the file has them.
+    const auto withoutAddress = [](const std::string &text) {
+        return std::regex_replace(text, std::regex("(<StreetName>|<PostalCode>)[^<]*"), "$1");
+    };
+    const ProductFields waran{
+        .id = "S1_1", .regNr = "200002", .productName = "Waran", .atcCode = "B01AA03"};
+    storePatientFile(Pnr + ".xml",
+                     withoutAddress(patientText(Pnr, "Åström", "", {{.id = "S2_1"}, waran})));
+    const std::string signature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
+
+    // A refused login keeps what was typed, whichever way it was sent.
+    logIn("demo", "fel");
+    frmSplash &splash = Screen<frmSplash>();
+    QTest::keyClick(splash.txtUsername, Qt::Key_Enter);
+    QTest::mouseClick(splash.Submit, Qt::LeftButton);
+    EXPECT_EQ(said(), Texts(3, "[stop] Felaktigt användarnamn eller lösenord."));
+    EXPECT_EQ(splash.txtUsername->text() + " " + splash.txtPassword->text(), "demo fel");
+    splash.txtPassword->setText("demo123");
+    QTest::keyClick(splash.txtPassword, Qt::Key_Return);
+    ASSERT_TRUE(IsLoaded<mainApp>());
+    mainApp &frame = Screen<mainApp>();
+    frmMain &finder = Screen<frmMain>();
+    EXPECT_TRUE(frame.isVisible() && finder.isVisible() && !IsLoaded<frmSplash>());
+    EXPECT_EQ(finder.txtLoggedIn->text().toStdString(), signature);
+    EXPECT_TRUE(frame.Timer1->isActive() && frame.Timer1->interval() == 1000);
+    EXPECT_FALSE(frame.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+
+    showFrame();
+    search("1912");
+    ASSERT_EQ(finder.List1->count(), 1);
+    EXPECT_EQ(finder.List1->currentItem()->text(), "191212121212 Åström");
+    EXPECT_EQ(QApplication::focusWidget(), finder.List1);
+    QTest::keyClick(finder.List1, Qt::Key_Return);
+    frmShowPatient &view = Screen<frmShowPatient>();
+    platform::FlexGrid *grid = view.FlexGrid;
+    ASSERT_TRUE(view.isVisible() && !finder.isVisible());
+    standsWhole(view);
+    EXPECT_EQ(QApplication::focusWidget(), grid);
+    EXPECT_EQ((QStringList{view.txtPnr->text(), view.txtFName->text(), view.Frame1->title()}),
+              (QStringList{"191212121212", " Åström",
+                           "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor Ek"}));
+    QStringList moves;
+    for (const Qt::Key key :
+         {Qt::Key_Down, Qt::Key_End, Qt::Key_Home, Qt::Key_PageDown, Qt::Key_PageUp}) {
+        QTest::keyClick(grid, key);
+        moves << QString::number(grid->Row()) + view.Frame1->title().section(' ', 0, 0);
+    }
+    EXPECT_EQ(moves, (QStringList{"2Waran", "13", "1Alvedon", "13", "1Alvedon"}));
+
+    whileOpen<frmMedicalNote>([](frmMedicalNote &note) {
+        note.txtExtendedMedicalInfo->insertPlainText("Yrsel");
+        whileOpen<frmAllergicExtendedInfo>([](frmAllergicExtendedInfo &reason) {
+            reason.txtExtendedMedicalInfo->insertPlainText("Utslag");
+            reason.cmdSave->click();
+        });
+        note.chkAllergic->click();
+        note.cmdSave->click();
+    });
+    clickCell(grid, 1, 2);
+    unloadNow();
+    // Past products shown, Alvedon moves below the current one, unticked, and stays marked.
+    EXPECT_TRUE(grid->Row() == 2 && grid->TextMatrix(2, 7) == "S2_1");
+    EXPECT_EQ(grid->CellPictureAt(2, 2), 2);
+    clickCell(grid, 2, 3);
+    QTest::mouseClick(view.cmdAllergicHistory, Qt::LeftButton);
+    EXPECT_TRUE(Screen<frmAllergicHistory>().isVisible());
+    EXPECT_EQ(Screen<frmAllergicHistory>().FlexGrid->TextMatrix(1, 4), "Utslag");
+    Screen<frmAllergicHistory>().cmdBack->click();
+    QStringList details;
+    whileOpen<frmPatInfo>([&details](frmPatInfo &shown) {
+        details = {shown.windowTitle(),   shown.Frame1->title(),    shown.txtPnr->text(),
+                   shown.txtName->text(), shown.txtAddress->text(), shown.txtZipCity->text()};
+        QTest::keyClick(shown.cmdOK, Qt::Key_Space);
+    });
+    QTest::mouseClick(view.cmdPatInfo, Qt::LeftButton);
+    unloadNow();
+    EXPECT_EQ(details, (QStringList{"Mirelo", "Patientuppgifter", "191212121212", " Åström", "",
+                                    " Stockholm"}));
+    EXPECT_FALSE(IsLoaded<frmPatInfo>());
+
+    showFrame();
+    QTest::keyClick(grid, Qt::Key_Return);
+    const std::string page = webPostForm(korvalo.baseUrl() + "/Public/Mirelo/InitXML.aspx",
+                                         {{"txtXml", script.field("txtXml")}})
+                                 .body;
+    EXPECT_THAT(page, HasSubstr("<td> Åström</td>"));
+    std::smatch medication;
+    ASSERT_TRUE(std::regex_search(page, medication,
+                                  std::regex(R"(<table id="medicinering">[\s\S]*?</table>)")));
+    EXPECT_THAT(medication.str(), HasSubstr("<td>Waran</td>"));
+    EXPECT_EQ(medication.str().find("Alvedon"), std::string::npos);
+    EXPECT_TRUE(view.isVisible());
+    QTest::mouseClick(view.cmdNyPatient, Qt::LeftButton);
+    unloadNow();
+    EXPECT_TRUE(!IsLoaded<frmShowPatient>() && finder.isVisible());
+
+    // A new data folder serves the next intake and search at once; the list shown stays.
+    whileOpen<frmSettings>([this](frmSettings &settings) {
+        settings.txtPath->setText(QString::fromStdString(appDir() + "/reserv"));
+        QTest::keyClick(settings.txtPath, Qt::Key_Return);
+    });
+    QTest::keyClick(finder.txtSearch, Qt::Key_I, Qt::ControlModifier);
+    unloadNow();
+    EXPECT_EQ(session().gDataPath, appDir() + "/reserv/");
+    EXPECT_THAT(readBytes(path("System/Settings.xml")),
+                HasSubstr("<DataPath>" + appDir() + "/reserv/</DataPath>"));
+    EXPECT_EQ(finder.List1->count(), 1);
+    writePrescriptionMessage(path("in/m.xml"), {.pnr = "202002022222"});
+    for (int tick = 0; tick < 10; ++tick) {
+        frame.Timer1_Timer();
+    }
+    search("20");
+    ASSERT_EQ(finder.List1->count(), 1);
+    EXPECT_EQ(finder.List1->item(0)->text(), "202002022222 Åström");
+
+    // No keeps frame, timer and tick count; ticks pass while a hand-off waits for its page.
+    frame.Timer1_Timer();
+    const int ticks = frame.tickCount();
+    nextAnswers = {platform::MsgBoxResult::No, platform::MsgBoxResult::No};
+    frame.close();
+    frame.Exit->trigger();
+    EXPECT_EQ(said(), Texts(2, "[warning yes/no] Vill du verkligen avsluta Mirelo?"));
+    EXPECT_TRUE(frame.isVisible() && finder.isVisible() && frame.Timer1->isActive());
+    {
+        const platform::BrowserWait waiting;
+        frame.Timer1_Timer();
+    }
+    EXPECT_EQ(frame.tickCount(), ticks);
+    EXPECT_THROW(frame.close(), ProcessEnded);
+
+    ProductFields alvedon{.id = "S2_1", .checked = "0", .note = "Yrsel", .allergic = "1"};
+    alvedon.noteBy = alvedon.takenOutBy = signature;
+    alvedon.noteTimestamp = alvedon.takenOutTimestamp = Now;
+    alvedon.allergicHistory = "1";
+    platform::XmlDocument wanted;
+    wanted.loadXML(withoutAddress(patientText(Pnr, "Åström", "", {alvedon, waran})));
+    const platform::XmlDocument stored = readStoredPatient(path("data/" + Pnr + ".xml"));
+    for (const std::string query :
+         {"/Patient/PatientData", "/Patient/MedicalList", "//Product[1]", "//Product[2]"}) {
+        EXPECT_EQ(childFields(stored.selectSingleNode(query)),
+                  childFields(wanted.selectSingleNode(query)))
+            << query;
+    }
+    EXPECT_EQ(stored.selectNodes("/Patient/History/*").size(), 1u);
+    EXPECT_EQ(childFields(stored.selectSingleNode("/Patient/History/AllergicHistory")),
+              (Fields{{"RegNr", "100001"},
+                      {"AllergicStatusHistory", "1"},
+                      {"AllergicInfoHistory", "Utslag"},
+                      {"AllergicInfoByHistory", signature},
+                      {"AllergicInfoTimestampHistory", Now}}));
+}
+
+TEST_F(VisitScreensTest, a_product_prescribed_on_the_service_page_stands_first_and_ticked) {
+    KorvaloProcess korvalo({"--inbox", path("in")});
+    writeSettingsFile({.dataPath = appDir() + "/data/", .server = korvalo.baseUrl()});
+    // Alvedon, as the service's catalogue numbers it, prescribed once before.
+    storePatient(Pnr, {{.id = "S1_1", .regNr = "19920312"}});
+    const auto inboxHoldsAMessage = [this] {
+        return std::ranges::any_of(filesIn(path("in")),
+                                   [](const std::string &name) { return name.ends_with(".xml"); });
+    };
+    logIn("demo", "demo123");
+    frmShowPatient &view = openPatient(Pnr);
+    BrowserProcesses browsers;
+    view.cmdSend->click();
+    ASSERT_EQ(browsers.started(), 1u);
+    EXPECT_TRUE(browsers.status(0).value("visible").toBool());
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return browsers.script(0, "!!document.forms['Prescribe']").toBool(); }, 15000));
+    browsers.script(0, "document.querySelector('input[name=vnr][value=\"146712\"]').checked = true;"
+                       "document.forms['Prescribe'].submit(); true");
+    ASSERT_TRUE(QTest::qWaitFor(inboxHoldsAMessage, 15000));
+    for (int tick = 0; tick < 10; ++tick) {
+        Screen<mainApp>().Timer1_Timer();
+    }
+    EXPECT_FALSE(inboxHoldsAMessage());
+    // The refill marks no row and leaves the panel on the product it showed.
+    platform::FlexGrid *grid = view.FlexGrid;
+    EXPECT_EQ((QStringList{grid->TextMatrix(1, 9), grid->TextMatrix(2, 7), grid->TextMatrix(2, 9)}),
+              (QStringList{"19920312", "S1_1", "19920312"}));
+    EXPECT_TRUE(grid->CellPictureAt(1, 2) == 1 && grid->CellPictureAt(2, 2) == 2);
+    EXPECT_TRUE(grid->selectedRanges().isEmpty());
+    EXPECT_EQ(view.Frame1->title(), "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor Ek");
+    EXPECT_THAT(said(), IsEmpty());
+
+    // The password went to the page inside the handover document and nowhere else; the browser
+    // engine lives in the browser's own process only.
+    korvalo.stop();
+    EXPECT_EQ(korvalo.output().find("demo123"), std::string::npos);
+    EXPECT_THAT(filesHolding(appDir(), "demo123"), IsEmpty());
+    EXPECT_TRUE(browsers.status(0).value("offTheRecord").toBool());
+    EXPECT_EQ(readBytes("/proc/self/maps").find("WebEngine"), std::string::npos);
+}
+
+} // namespace
+} // namespace mirelo::testing
