@@ -165,6 +165,13 @@ TEST_F(NoteScreensTest, the_notes_list_the_newest_product_of_each_number_with_a_
     EXPECT_EQ(screen.Text2->toPlainText().toStdString(), "b") << "still the clicked product";
     screen.SelectFlexGridID("Q", "400");
     EXPECT_TRUE(screen.Text2->toPlainText() == "d" && grid->HighLight() == 1) << "by the RegNr";
+    // Each search leaves the current row where it found, so the next looks no further.
+    screen.ReadPatientFolder(Pnr);
+    screen.SelectFlexGridID("E", "");
+    EXPECT_EQ(screen.Text2->toPlainText().toStdString(), "e") << "an ID up to the current row";
+    screen.ReadPatientFolder(Pnr);
+    screen.SelectFlexGridID("Q", "600");
+    EXPECT_EQ(screen.Text2->toPlainText().toStdString(), "e") << "no RegNr further down";
     std::vector<ProductFields> many(12, {.note = "n"});
     for (int i = 0; i < 12; ++i) {
         many[i].id = many[i].regNr = many[i].atcCode = std::to_string(i);
@@ -416,6 +423,22 @@ TEST_F(FlexGridTest, what_the_grid_draws_stands_whole_and_in_its_place) {
     EXPECT_TRUE(down.copy(heading) == before.copy(heading) && down != before);
     grid->horizontalScrollBar()->setValue(grid->horizontalScrollBar()->maximum());
     EXPECT_TRUE(drawn(fixedCols) == down.copy(fixedCols) && drawn(all) != down);
+    // Scrolled, the heading still takes a click without moving; the pointer alone sets MouseRow.
+    events.clear();
+    const QString current = QString::asprintf("current %d,%d", grid->Row(), grid->Col());
+    clickCell(grid.get(), 0, 4);
+    const QPoint over = cell(38, 3).center();
+    QMouseEvent move(QEvent::MouseMove, over, grid->viewport()->mapToGlobal(over), Qt::NoButton,
+                     Qt::NoButton, {});
+    QApplication::sendEvent(grid->viewport(), &move);
+    EXPECT_EQ(events, QStringList{"MouseDown 1 0 at 0,4 " + current});
+    EXPECT_EQ(std::pair(grid->MouseRow(), grid->MouseCol()), std::pair(38, 3));
+    // The keys bring a row out from under the fixed row.
+    grid->setRow(38);
+    grid->setCol(2);
+    QTest::keyClick(grid.get(), Qt::Key_Home);
+    EXPECT_EQ(grid->Row(), 1);
+    EXPECT_GE(cell(1, 2).top(), cell(0, 2).bottom());
 }
 
 } // namespace

@@ -30,6 +30,11 @@ TEST_F(VisitScreensTest, the_login_screen_starts_in_the_password_box_and_Avsluta
     EXPECT_TRUE(splash.txtUsername->text() == "abc" && splash.chkSaveUsername->isChecked());
     EXPECT_EQ(splash.focusWidget(), splash.txtPassword);
     EXPECT_EQ(splash.txtPassword->echoMode(), QLineEdit::Password);
+    EXPECT_EQ((QStringList{splash.windowTitle(), splash.Submit->text(), splash.Command1->text(),
+                           splash.lblSupportInfo->text()}),
+              (QStringList{"Mirelo Inloggning", "Logga in", "Avsluta",
+                           "Telefon: 08-123 456 70 | Fax: 08-123 456 79\r\nE-post: "
+                           "support@mirelo.example"}));
     EXPECT_THROW(splash.Command1->click(), ProcessEnded);
     EXPECT_THAT(said(), IsEmpty());
     // A settings file that can't be read ends the process before the login screen shows.
@@ -296,6 +301,7 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
     frmMain &finder = Screen<frmMain>();
     EXPECT_TRUE(frame.isVisible() && finder.isVisible() && !IsLoaded<frmSplash>());
     EXPECT_EQ(finder.txtLoggedIn->text().toStdString(), signature);
+    EXPECT_EQ(frame.windowTitle() + " | " + finder.windowTitle(), "Mirelo | Tavmor Mirelo");
     EXPECT_TRUE(frame.Timer1->isActive() && frame.Timer1->interval() == 1000);
     EXPECT_FALSE(frame.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
 

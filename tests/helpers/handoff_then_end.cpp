@@ -1,11 +1,9 @@
 #include "browser_processes.h"
-#include "core/application_context.h"
 #include "exchange/browser_handoff.h"
-#include "gui_application.h"
-#include "platform/message_box.h"
 #include "platform/process_browser.h"
 #include "platform/process_end.h"
 #include "platform/xml_document.h"
+#include "screen_test.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -16,7 +14,7 @@ using namespace mirelo;
 // box, and ends as a fatal failure ends Mirelo. Arguments: application folder, server, hand-over
 // page, password.
 int main(int, char **argv) {
-    testing::ensureGuiApplication();
+    mirelo::testing::ensureGuiApplication();
     platform::initialiseXml();
     setApplicationDirectoryForTesting(argv[1]);
     // The browser's home lies in the application directory, where a profile on disk is found.
@@ -30,7 +28,8 @@ int main(int, char **argv) {
         return platform::MsgBoxResult::OK;
     });
     platform::setBrowserFactory([] {
-        auto channel = std::make_shared<platform::BrowserChannel>(testing::browserExecutable());
+        auto channel =
+            std::make_shared<platform::BrowserChannel>(mirelo::testing::browserExecutable());
         std::cout << "browser " << channel->pid() << std::endl;
         return platform::makeProcessBrowser(channel);
     });

@@ -2,32 +2,13 @@
 // dialogs of notes and warnings, the extended information, the patient details, About and the
 // settings, for a review of the look. Works in a temporary application directory with a made-up
 // patient.
-#include "core/application_context.h"
-#include "gui_application.h"
-#include "patient_file_builder.h"
-#include "platform/gui/flex_grid.h"
 #include "records/note_records.h"
-#include "screens/frmAbout.h"
-#include "screens/frmAllergicExtendedInfo.h"
-#include "screens/frmAllergicHistory.h"
-#include "screens/frmExtendedInfo.h"
-#include "screens/frmMain.h"
-#include "screens/frmMedicalNote.h"
-#include "screens/frmPatInfo.h"
-#include "screens/frmSettings.h"
-#include "screens/frmShowPatient.h"
-#include "screens/frmSplash.h"
-#include "screens/mainApp.h"
-#include "screens/screen_instance.h"
-#include "settings_file_builder.h"
+#include "screen_test.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QMouseEvent>
-#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTemporaryDir>
-#include <QWidget>
 #include <iostream>
 
 using namespace mirelo;

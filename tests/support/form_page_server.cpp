@@ -31,41 +31,33 @@ const char *const Receipt = R"(<!DOCTYPE html><html><body><p>Mottaget</p>
 FormPageServer::FormPageServer() : server_(std::make_unique<httplib::Server>()) {
     // One request per connection, so that stopping never waits for an idle browser connection.
     server_->set_keep_alive_max_count(1);
-    const auto page = [](const char *html) {
-        return [html](const httplib::Request &, httplib::Response &response) {
-            response.set_content(html, "text/html; charset=utf-8");
+    for (const auto &[route, page] : {std::pair{"/handover", HandoverPage},
+                                      {"/without-field", PageWithoutField},
+                                      {"/login", LoginPage}}) {
+        server_->Get(route, [page](const httplib::Request &, httplib::Response &response) {
+            response.set_content(page, "text/html; charset=utf-8");
+        });
+    }
+    const auto counting = [](std::atomic<int> &count, const char *answer) {
+        return [&count, answer](const httplib::Request &, httplib::Response &response) {
+            ++count;
+            response.set_content(answer, "text/html; charset=utf-8");
         };
     };
-    server_->Get("/handover", page(HandoverPage));
-    server_->Get("/without-field", page(PageWithoutField));
-    server_->Get("/login", page(LoginPage));
+    server_->Post("/wrong-form", counting(wrongFormPosts, Receipt));
+    server_->Get("/alive", counting(alivePings, ""));
     server_->Post("/received",
                   [this](const httplib::Request &request, httplib::Response &response) {
-                      Fields fields;
-                      for (const auto &[name, value] : request.params) {
-                          fields[name] = value;
-                      }
                       {
                           const std::lock_guard lock(mutex_);
-                          lastPost_ = std::move(fields);
-                          ++posts_;
+                          lastPost_.clear();
+                          for (const auto &[name, value] : request.params) {
+                              lastPost_[name] = value;
+                          }
                       }
+                      ++postsReceived;
                       response.set_content(Receipt, "text/html; charset=utf-8");
                   });
-    server_->Get("/alive", [this](const httplib::Request &, httplib::Response &response) {
-        {
-            const std::lock_guard lock(mutex_);
-            ++alivePings_;
-        }
-        response.set_content("", "text/plain");
-    });
-    server_->Post("/wrong-form", [this](const httplib::Request &, httplib::Response &response) {
-        {
-            const std::lock_guard lock(mutex_);
-            ++wrongFormPosts_;
-        }
-        response.set_content(Receipt, "text/html; charset=utf-8");
-    });
     port_ = server_->bind_to_any_port("127.0.0.1");
     if (port_ <= 0) {
         throw std::runtime_error("no port for the form pages");
@@ -86,24 +78,9 @@ std::string FormPageServer::baseUrl() const {
     return "http://127.0.0.1:" + std::to_string(port_);
 }
 
-int FormPageServer::postsReceived() const {
-    const std::lock_guard lock(mutex_);
-    return posts_;
-}
-
 FormPageServer::Fields FormPageServer::lastPost() const {
     const std::lock_guard lock(mutex_);
     return lastPost_;
-}
-
-int FormPageServer::alivePings() const {
-    const std::lock_guard lock(mutex_);
-    return alivePings_;
-}
-
-int FormPageServer::wrongFormPosts() const {
-    const std::lock_guard lock(mutex_);
-    return wrongFormPosts_;
 }
 
 } // namespace mirelo::testing

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -32,19 +33,17 @@ class FormPageServer {
     FormPageServer &operator=(const FormPageServer &) = delete;
 
     std::string baseUrl() const;
-    int postsReceived() const;
     Fields lastPost() const;
-    int wrongFormPosts() const;
-    int alivePings() const;
+
+    std::atomic<int> postsReceived = 0;
+    std::atomic<int> wrongFormPosts = 0;
+    std::atomic<int> alivePings = 0;
 
   private:
     std::unique_ptr<httplib::Server> server_;
     std::thread thread_;
     int port_ = 0;
     mutable std::mutex mutex_;
-    int posts_ = 0;
-    int wrongFormPosts_ = 0;
-    int alivePings_ = 0;
     Fields lastPost_;
 };
 

@@ -9,61 +9,46 @@
 namespace mirelo::testing {
 namespace {
 
-struct Child {
-    pid_t pid = -1;
-    int output = -1;
-};
-
-// Starts the service with its standard output and error on one pipe, so it can never stall
-// on a full one that isn't read.
-Child spawn(const std::vector<std::string> &arguments) {
-    const std::string binary = MIRELO_KORVALO_BINARY;
-    if (binary.empty()) {
-        throw std::runtime_error("the korvalo executable is not part of this build");
-    }
-    std::vector<std::string> words{binary};
-    words.insert(words.end(), arguments.begin(), arguments.end());
+// Starts the service with its standard output and error on one pipe, so it can never stall on a
+// full one that isn't read; gives the end of the pipe to read.
+pid_t spawn(std::vector<std::string> words, int &output) {
+    words.insert(words.begin(), MIRELO_KORVALO_BINARY);
     std::vector<char *> argv;
     for (std::string &word : words) {
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
-
     int out[2];
-    if (pipe(out) != 0) {
-        throw std::runtime_error("no pipe for korvalo");
+    if (words[0].empty() || pipe(out) != 0) {
+        throw std::runtime_error("korvalo can't be started in this build");
     }
     const pid_t parent = getpid();
     const pid_t pid = fork();
     if (pid == 0) {
         // A test that dies takes its service with it.
         prctl(PR_SET_PDEATHSIG, SIGTERM);
-        if (getppid() != parent) {
-            _exit(127);
+        if (getppid() == parent) {
+            dup2(out[1], STDOUT_FILENO);
+            dup2(out[1], STDERR_FILENO);
+            close(out[0]);
+            close(out[1]);
+            execv(argv[0], argv.data());
         }
-        dup2(out[1], STDOUT_FILENO);
-        dup2(out[1], STDERR_FILENO);
-        close(out[0]);
-        close(out[1]);
-        execv(binary.c_str(), argv.data());
         _exit(127);
     }
     close(out[1]);
-    return {pid, out[0]};
+    output = out[0];
+    return pid;
 }
 
-// Everything still to come from a pipe, up to the end of the stream.
-std::string drain(int descriptor) {
-    std::string text;
+// Everything still to come from the pipe, which is closed at its end; then whether the process
+// ended by itself with status 0.
+bool drainAndWait(pid_t pid, int output, std::string &text) {
     char buffer[4096];
-    ssize_t got = 0;
-    while ((got = read(descriptor, buffer, sizeof buffer)) > 0) {
+    for (ssize_t got = 0; (got = read(output, buffer, sizeof buffer)) > 0;) {
         text.append(buffer, static_cast<size_t>(got));
     }
-    return text;
-}
-
-bool waitForCleanExit(pid_t pid) {
+    close(output);
     int status = 0;
     waitpid(pid, &status, 0);
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
@@ -74,23 +59,18 @@ bool waitForCleanExit(pid_t pid) {
 KorvaloProcess::KorvaloProcess(const std::vector<std::string> &arguments) {
     std::vector<std::string> words{"--port", "0"};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    const Child child = spawn(words);
-    pid_ = child.pid;
-    outputPipe_ = child.output;
-
+    pid_ = spawn(words, outputPipe_);
     // The port is the first line; a service that ends before it has failed to start.
-    std::string firstLine;
-    char c = 0;
-    while (read(outputPipe_, &c, 1) == 1 && c != '\n') {
-        firstLine += c;
+    for (char c = 0; read(outputPipe_, &c, 1) == 1 && c != '\n';) {
+        output_ += c;
     }
-    output_ = firstLine + "\n";
     try {
-        port_ = std::stoi(firstLine);
+        port_ = std::stoi(output_);
     } catch (const std::exception &) {
         stop();
         throw std::runtime_error("korvalo did not start: " + output_);
     }
+    output_ += "\n";
 }
 
 KorvaloProcess::~KorvaloProcess() {
@@ -102,23 +82,19 @@ std::string KorvaloProcess::baseUrl() const {
 }
 
 bool KorvaloProcess::stop() {
-    if (stopped_) {
-        return cleanExit_;
+    if (!stopped_) {
+        stopped_ = true;
+        kill(pid_, SIGTERM);
+        cleanExit_ = drainAndWait(pid_, outputPipe_, output_);
     }
-    stopped_ = true;
-    kill(pid_, SIGTERM);
-    output_ += drain(outputPipe_);
-    close(outputPipe_);
-    cleanExit_ = waitForCleanExit(pid_);
     return cleanExit_;
 }
 
 KorvaloRun RunKorvaloToEnd(const std::vector<std::string> &arguments) {
-    const Child child = spawn(arguments);
     KorvaloRun run;
-    run.output = drain(child.output);
-    close(child.output);
-    run.cleanExit = waitForCleanExit(child.pid);
+    int output = -1;
+    const pid_t pid = spawn(arguments, output);
+    run.cleanExit = drainAndWait(pid, output, run.output);
     return run;
 }
 

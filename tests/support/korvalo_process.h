@@ -16,7 +16,6 @@ class KorvaloProcess {
     KorvaloProcess(const KorvaloProcess &) = delete;
     KorvaloProcess &operator=(const KorvaloProcess &) = delete;
 
-    int port() const { return port_; }
     // "http://127.0.0.1:" and the port: what a settings file's Server holds.
     std::string baseUrl() const;
 

@@ -3,6 +3,8 @@
 #include "core/application_context.h"
 #include "test_environment.h"
 
+#include <QString>
+#include <gtest/gtest.h>
 #include <utility>
 
 namespace mirelo::testing {
@@ -80,18 +82,22 @@ void storePatient(const std::string &pnr, const std::vector<ProductFields> &prod
 }
 
 std::string utf8ToLatin1(const std::string &utf8) {
-    std::string latin1;
-    for (size_t i = 0; i < utf8.size(); ++i) {
-        const unsigned char c = static_cast<unsigned char>(utf8[i]);
-        if (c < 0x80) {
-            latin1 += static_cast<char>(c);
-        } else {
-            // Two-byte sequences only: the letters of the Western code page's upper half.
-            latin1 += static_cast<char>(((c & 0x1F) << 6) |
-                                        (static_cast<unsigned char>(utf8[++i]) & 0x3F));
-        }
+    return QString::fromStdString(utf8).toLatin1().toStdString();
+}
+
+platform::XmlDocument readStoredPatient(const std::string &path) {
+    platform::XmlDocument patient;
+    patient.loadXML(latin1ToUtf8(unscrambleBytes(readBytes(path))));
+    EXPECT_EQ(patient.parseError().errorCode, 0) << path << ": " << patient.parseError().reason;
+    return patient;
+}
+
+Fields childFields(const platform::XmlNode &node) {
+    Fields fields;
+    for (const platform::XmlNode &child : node.childNodes()) {
+        fields.emplace_back(child.nodeName(), child.text());
     }
-    return latin1;
+    return fields;
 }
 
 } // namespace mirelo::testing

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "platform/xml_document.h"
+
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace mirelo::testing {
@@ -51,5 +54,14 @@ void storePatient(const std::string &pnr, const std::vector<ProductFields> &prod
                   const std::string &givenName = "Tolvan");
 
 std::string utf8ToLatin1(const std::string &utf8);
+
+// A stored patient file read back by the scrambling rule itself, not by the code under test,
+// and parsed. The test fails if the bytes don't unscramble to a well-formed document.
+platform::XmlDocument readStoredPatient(const std::string &path);
+
+// The element children of a node as name and text, in document order, so that a test can
+// compare a whole record at once.
+using Fields = std::vector<std::pair<std::string, std::string>>;
+Fields childFields(const platform::XmlNode &node);
 
 } // namespace mirelo::testing

@@ -1,5 +1,6 @@
 #include "prescription_message_builder.h"
 
+#include "patient_file_builder.h"
 #include "test_environment.h"
 
 #include <QString>
@@ -8,23 +9,7 @@ namespace mirelo::testing {
 namespace {
 
 std::string escaped(const std::string &text) {
-    std::string result;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        default:
-            result += c;
-        }
-    }
-    return result;
+    return QString::fromStdString(text).toHtmlEscaped().toStdString();
 }
 
 // Builds elements, leaving out those the test names.
@@ -102,8 +87,7 @@ std::string prescriptionMessageText(const PrescriptionMessage &message) {
 }
 
 void writePrescriptionMessage(const std::string &path, const PrescriptionMessage &message) {
-    writeBytes(path,
-               QString::fromStdString(prescriptionMessageText(message)).toLatin1().toStdString());
+    writeBytes(path, utf8ToLatin1(prescriptionMessageText(message)));
 }
 
 } // namespace mirelo::testing

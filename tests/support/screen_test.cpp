@@ -1,6 +1,21 @@
 #include "screen_test.h"
 
+#include "platform/gui/mirelo_application.h"
+
 namespace mirelo::testing {
+
+void ensureGuiApplication() {
+    if (QApplication::instance() == nullptr) {
+        // The browser processes the tests start inherit this, and their sandbox refuses to run
+        // as root, which the test machines are.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+        static int argc = 1;
+        static char name[] = "mirelo-tests";
+        static char *argv[] = {name, nullptr};
+        new platform::MireloApplication(argc, argv);
+    }
+}
 
 void ScreenTest::SetUp() {
     ApplicationTest::SetUp();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "gui_application.h"
 #include "patient_file_builder.h"
 #include "platform/browser.h"
 #include "platform/gui/flex_grid.h"
@@ -18,7 +17,6 @@
 #include "screens/mainApp.h"
 #include "screens/screen_instance.h"
 #include "settings_file_builder.h"
-#include "stored_patient_reading.h"
 #include "test_environment.h"
 
 #include <QApplication>
@@ -36,6 +34,10 @@
 namespace mirelo::testing {
 
 using namespace mirelo::screens;
+
+// Real widgets need an application object, made once per process: the program's own, drawn off
+// screen, so that a failure no handler catches ends the process with the platform's report.
+void ensureGuiApplication();
 
 // A test of the screens: real widgets off screen, and after the test every screen it opened is
 // gone, so the next test starts from nothing. What the user does is done by keys and clicks.

@@ -12,24 +12,15 @@ class ScriptedBrowser : public platform::Browser {
   public:
     explicit ScriptedBrowser(BrowserScript &script) : script_(script) { ++script_.browsersMade; }
 
-    void Navigate(const std::string &url) override {
-        step("Navigate " + url);
-        url_ = url;
-    }
+    void Navigate(const std::string &url) override { step("Navigate " + url); }
     int ReadyState() override {
         return script_.incompleteReads-- > 0 ? 1 : platform::ReadyStateComplete;
     }
     void Sleep(int milliseconds) override { step("Sleep " + std::to_string(milliseconds)); }
     void SetFirstFormField(const std::string &field, const std::string &value) override {
         step("Forms(0)." + field, value);
-        fields_.emplace_back(field, value);
     }
-    void SubmitFirstForm() override {
-        step("Forms(0).Submit");
-        if (script_.submitted) {
-            script_.submitted(url_, fields_);
-        }
-    }
+    void SubmitFirstForm() override { step("Forms(0).Submit"); }
     void SetLoginFormField(const std::string &field, const std::string &value) override {
         step("Login." + field, value);
     }
@@ -48,8 +39,6 @@ class ScriptedBrowser : public platform::Browser {
     }
 
     BrowserScript &script_;
-    std::string url_;
-    FormFields fields_;
 };
 
 } // namespace

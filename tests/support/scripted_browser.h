@@ -1,15 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace mirelo::testing {
-
-using FormFields = std::vector<std::pair<std::string, std::string>>;
 
 // What the hand-offs of a test asked of their browsers, step by step, and where the page lets
 // them down. The steps read as the page's object model is driven: "Navigate <url>",
@@ -20,8 +16,6 @@ struct BrowserScript {
     int incompleteReads = 0;
     // A step named here raises its number instead of being taken.
     std::map<std::string, int32_t> failingSteps;
-    // Sees the first form's fields as it is submitted to the page last navigated to.
-    std::function<void(const std::string &url, const FormFields &fields)> submitted;
 
     std::vector<std::string> steps;
     int browsersMade = 0;

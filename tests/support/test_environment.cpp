@@ -16,7 +16,7 @@ void ApplicationTest::SetUp() {
     setApplicationDirectoryForTesting(appDir_);
     session() = SessionValues{};
     session().gDataPath = appDir_ + "/data/";
-    freezeClockForTesting(frozenNow());
+    freezeClockForTesting(QDateTime(QDate(2026, 3, 15), QTime(14, 5, 9)));
     platform::setMsgBoxPresenter([this](const platform::MsgBoxRequest &request) {
         boxes.push_back(request);
         if (!nextAnswers.empty()) {
@@ -90,16 +90,7 @@ std::string unscrambleBytes(const std::string &stored) {
 }
 
 std::string latin1ToUtf8(const std::string &latin1) {
-    std::string utf8;
-    for (const unsigned char c : latin1) {
-        if (c < 0x80) {
-            utf8 += static_cast<char>(c);
-        } else {
-            utf8 += static_cast<char>(0xC0 | (c >> 6));
-            utf8 += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
-    return utf8;
+    return QString::fromLatin1(latin1).toStdString();
 }
 
 std::set<std::string> filesIn(const std::string &folder) {

@@ -16,10 +16,7 @@
 
 namespace mirelo::testing {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
+using ::testing::ElementsAre, ::testing::HasSubstr, ::testing::IsEmpty, ::testing::StartsWith;
 using Texts = std::vector<std::string>;
 
 // Thrown by the test's end-of-process handler, so a test can assert that the process ended.
@@ -46,7 +43,7 @@ class ApplicationTest : public ::testing::Test {
     // program's own stands in the brackets too. Forgets the boxes.
     Texts said();
 
-    static QDateTime frozenNow() { return QDateTime(QDate(2026, 3, 15), QTime(14, 5, 9)); }
+    // The frozen clock's moment, as the program writes it.
     static constexpr const char *Now = "2026-03-15 14:05:09";
 
   private:

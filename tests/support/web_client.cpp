@@ -29,9 +29,6 @@ WebAnswer perform(const std::string &url, const std::string *body) {
                                  curl_easy_strerror(code));
     }
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &answer.status);
-    const char *type = nullptr;
-    curl_easy_getinfo(curl, CURLINFO_CONTENT_TYPE, &type);
-    answer.contentType = type != nullptr ? type : "";
     return answer;
 }
 

@@ -9,7 +9,6 @@ namespace mirelo::testing {
 // A browser's side of the stand-in's pages, for tests that read what the service serves.
 struct WebAnswer {
     long status = 0;
-    std::string contentType;
     std::string body;
 };
 
