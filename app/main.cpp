@@ -1,3 +1,4 @@
+#include "app/command_line.h"
 #include "platform/gui/mirelo_application.h"
 #include "platform/gui/widget_message_box.h"
 #include "platform/heap.h"
@@ -13,6 +14,7 @@ int main(int argc, char **argv) {
     mirelo::platform::MireloApplication application(argc, argv);
     mirelo::platform::initialiseHttp();
     mirelo::platform::installWidgetMessageBox();
+    mirelo::app::ApplyCommandLine(application);
     // The hand-over browser is a program of its own, installed beside this one.
     mirelo::platform::installProcessBrowser(
         (QCoreApplication::applicationDirPath() + QStringLiteral("/mirelo-browser")).toStdString());

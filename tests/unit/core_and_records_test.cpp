@@ -160,6 +160,32 @@ TEST_F(StoreTest, the_first_start_writes_the_settings_that_later_starts_read) {
 
 // A file without a server, or with an empty one, gets the retired server in memory only; a file
 // with one is never rewritten there. A cleared box forgets the name; a ticked one stores any.
+// A folder named at the start, on the command line before the environment, is taken as it is;
+// an installed program keeps the user's files in the user's own folder, made at its first start
+// with in/ and data/ and then the settings; a build finds its folders beside itself.
+TEST_F(StoreTest, the_start_takes_the_named_folder_else_the_users_own_when_installed) {
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(path("home")));
+    const auto chosen = [](const std::string &option, const std::string &environment,
+                           const std::string &program) {
+        qputenv("MIRELO_APP_DIR", QByteArray::fromStdString(environment));
+        ChooseApplicationDirectory(option, program);
+        return ApplicationDirectory();
+    };
+    const std::string installed = build::installedProgramFolder;
+    EXPECT_EQ(chosen(path("mottagning/"), path("miljö"), installed), path("mottagning"));
+    EXPECT_EQ(chosen("", path("miljö//"), installed), path("miljö"));
+    EXPECT_EQ(chosen("egen", "", "/opt"), std::filesystem::current_path() / "egen");
+    EXPECT_EQ(chosen("", "", installed + "/mirelo"),
+              std::filesystem::read_symlink("/proc/self/exe").parent_path());
+    EXPECT_FALSE(std::filesystem::exists(path("home")));
+    EXPECT_EQ(chosen("", "", installed), path("home/mirelo"));
+    CheckSettingsFile(screen);
+    EXPECT_EQ(filesIn(path("home/mirelo")), (std::set<std::string>{"System", "data", "in"}));
+    EXPECT_THAT(settings(), HasSubstr("|DataPath=" + path("home/mirelo/data/") + "|"));
+    qunsetenv("MIRELO_APP_DIR");
+    qunsetenv("XDG_DATA_HOME");
+}
+
 TEST_F(StoreTest, a_login_attempt_takes_the_server_from_the_settings_and_stores_the_name) {
     auto attempt = [this](bool saveUsername, const std::string &name) {
         UpdateSettingsFile(saveUsername, name);
