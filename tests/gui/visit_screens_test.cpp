@@ -30,6 +30,7 @@ TEST_F(VisitScreensTest, the_login_screen_starts_in_the_password_box_and_Avsluta
     EXPECT_TRUE(splash.txtUsername->text() == "abc" && splash.chkSaveUsername->isChecked());
     EXPECT_EQ(splash.focusWidget(), splash.txtPassword);
     EXPECT_EQ(splash.txtPassword->echoMode(), QLineEdit::Password);
+    EXPECT_FALSE(splash.windowIcon().pixmap(48).isNull());
     EXPECT_EQ((QStringList{splash.windowTitle(), splash.Submit->text(), splash.Command1->text(),
                            splash.lblSupportInfo->text()}),
               (QStringList{"Mirelo Inloggning", "Logga in", "Avsluta",
@@ -304,6 +305,7 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
     EXPECT_EQ(frame.windowTitle() + " | " + finder.windowTitle(), "Mirelo | Tavmor Mirelo");
     EXPECT_TRUE(frame.Timer1->isActive() && frame.Timer1->interval() == 1000);
     EXPECT_FALSE(frame.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+    EXPECT_FALSE(frame.windowIcon().pixmap(48).isNull());
 
     showFrame();
     search("1912");
