@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian packages Mirelo needs to build, run and test. Safe to run again: it does
-# nothing when everything is already there.
+# Installs the Debian packages Mirelo needs to build, run and test; with --package also the
+# tools that build and check its own Debian packages. Safe to run again: it does nothing when
+# everything is already there.
 set -euo pipefail
 
 packages=(
@@ -11,6 +12,9 @@ packages=(
   libgtest-dev libgmock-dev
   xvfb xauth
 )
+if [ "${1:-}" = "--package" ]; then
+  packages+=(dpkg-dev debhelper lintian desktop-file-utils librsvg2-bin x11-utils)
+fi
 
 missing=()
 for package in "${packages[@]}"; do
