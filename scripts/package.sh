@@ -17,5 +17,7 @@ if command -v ccache >/dev/null; then
   export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="$source"
 fi
 cd "$source"
-DEB_BUILD_OPTIONS="nocheck noautodbgsym parallel=$(nproc)" dpkg-buildpackage -b -us -uc
+# No debug package is made, so the compiler makes no debug information only to be stripped.
+DEB_CXXFLAGS_STRIP=-g DEB_BUILD_OPTIONS="nocheck noautodbgsym parallel=$(nproc)" \
+  dpkg-buildpackage -b -us -uc
 ls "$work"/*.deb
