@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <string>
 
 namespace mirelo {
@@ -28,6 +29,32 @@ bool isMessageName(const std::string &name) {
 // by side for a person to look at.
 std::string rejectedName(const std::string &name) {
     return Now().toString(QStringLiteral("yyyy-MM-dd_HHmmss_")).toStdString() + name;
+}
+
+// The service writes a message in one go; one whose last change is this old is whole.
+constexpr std::chrono::seconds SettlingTime{3};
+
+bool isWhole(const platform::FileStamp &stamp, const UnfinishedMessages &unfinished,
+             const std::string &path) {
+    const std::chrono::milliseconds now{Now().toMSecsSinceEpoch()};
+    if (stamp.lastChange.time_since_epoch() <= now - SettlingTime) {
+        return true;
+    }
+    const auto seenBefore = unfinished.find(path);
+    return seenBefore != unfinished.end() && seenBefore->second == stamp;
+}
+
+// A message whose IdValue names no patient is set aside for a person to look at, and the
+// physician is told, so that a prescription never goes missing in silence.
+void setAside(const platform::FileEntry &file, const std::string &idValue,
+              const std::string &errorFolder) {
+    const std::string asideName = rejectedName(file.Name);
+    platform::MoveFile(file.Path, errorFolder + asideName);
+    const std::string why =
+        idValue.empty() ? "det saknar personnummer" : "\"" + idValue + "\" är inget personnummer";
+    platform::MsgBox("Receptet " + file.Name + " kunde inte läsas in: " + why +
+                         ". Det ligger kvar som " + asideName + " i mappen Error.",
+                     platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Exclamation, "Mirelo");
 }
 
 void showIntakeFailure(const MireloError &error) {
@@ -52,7 +79,7 @@ void showIntakeFailure(const MireloError &error) {
 
 } // namespace
 
-bool ReadFolder() {
+bool ReadFolder(UnfinishedMessages &unfinished) {
     const std::string inbox = InboxFolder();
     if (!platform::FolderExists(inbox)) {
         throw MireloError(errors::InboxMissing, "Det finns ingen katalog för inkommande recept.");
@@ -63,18 +90,26 @@ bool ReadFolder() {
     }
 
     bool handled = false;
+    UnfinishedMessages stillUnfinished;
     for (const platform::FileEntry &file : platform::GetFolderFiles(inbox)) {
         if (!isMessageName(file.Name)) {
             continue;
         }
+        const platform::FileStamp stamp = platform::GetFileStamp(file.Path);
+        if (!isWhole(stamp, unfinished, file.Path)) {
+            stillUnfinished.emplace(file.Path, stamp);
+            continue;
+        }
         // The message is deleted only after its patient file has been written.
-        if (ImportPrescriptionFile(file.Path).empty()) {
-            platform::MoveFile(file.Path, errorFolder + rejectedName(file.Name));
+        const MessageIntake intake = TakeInPrescriptionFile(file.Path);
+        if (!intake.takenIn) {
+            setAside(file, intake.idValue, errorFolder);
         } else {
             platform::DeleteFile(file.Path, false);
             handled = true;
         }
     }
+    unfinished = std::move(stillUnfinished);
     return handled;
 }
 
@@ -88,7 +123,7 @@ void InboxTimer::Timer1_Timer(const std::function<bool()> &isMedicationViewVisib
         tickCount_ = 0;
         // Asked before the scan, and the refresh is made whoever the messages were for.
         const bool viewVisible = isMedicationViewVisible();
-        if (ReadFolder() && viewVisible) {
+        if (ReadFolder(unfinished_) && viewVisible) {
             refreshMedicationView();
         }
     } catch (const MireloError &error) {

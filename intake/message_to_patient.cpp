@@ -2,6 +2,7 @@
 
 #include "core/document_building.h"
 #include "core/mirelo_error.h"
+#include "core/personal_number.h"
 #include "intake/medication_list_merge.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
@@ -61,13 +62,13 @@ platform::XmlDocument openPatient(const std::string &patientPath) {
 
 } // namespace
 
-std::string ImportPrescriptionFile(const std::string &path) {
+MessageIntake TakeInPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
     const std::string pnr = below(message, SubjectOfCare, "PatientId/IdValue").text();
-    // A number that would name a path outside the data folder is no number: the message is
-    // set aside as one without a patient, and nothing is written.
-    if (!IsPatientFileName(pnr)) {
-        return {};
+    // Only a personal number names a patient file: anything else could name another file, or
+    // a path outside the data folder.
+    if (!IsPersonalNumber(pnr)) {
+        return {false, pnr};
     }
     const std::string patientPath = PatientFilePath(pnr);
     platform::XmlDocument patient = openPatient(patientPath);
@@ -80,7 +81,12 @@ std::string ImportPrescriptionFile(const std::string &path) {
     TakeInMessageItems(message, patient);
 
     WritePatientFile(patient, patientPath);
-    return pnr;
+    return {true, pnr};
+}
+
+std::string ImportPrescriptionFile(const std::string &path) {
+    const MessageIntake intake = TakeInPrescriptionFile(path);
+    return intake.takenIn ? intake.idValue : std::string();
 }
 
 platform::XmlDocument NewPatientDocument() {

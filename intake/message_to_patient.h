@@ -6,12 +6,20 @@
 
 namespace mirelo {
 
+// What became of one message: taken into the file of the patient its IdValue names, or set
+// aside, unread beyond that number, because the number is not a personal number.
+struct MessageIntake {
+    bool takenIn = false;
+    std::string idValue;
+};
+
 // Takes one inbound prescription message into the file of the patient it concerns, creating
-// the file for a new personal number, and gives the personal number of the message. The file
-// is written once, at the end, so any failure leaves it as it was. An empty personal number
-// still writes the nameless file ".xml" and gives the empty text: the caller rejects the
-// message on that result. A number that can't name a file in the data folder ("../x", "/x")
-// gives the empty text too, having written nothing.
+// the file for a new personal number. The file is written once, at the end, so any failure
+// leaves it as it was. A message whose IdValue is empty, or anything but a personal number
+// ("Öberg", "../x"), writes nothing.
+MessageIntake TakeInPrescriptionFile(const std::string &path);
+
+// The personal number of a message taken in, or the empty text for one set aside.
 std::string ImportPrescriptionFile(const std::string &path);
 
 // Patient with PatientData and its nine empty fields; no MedicalList yet.

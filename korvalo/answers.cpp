@@ -1,5 +1,7 @@
 #include "answers.h"
 
+#include "core/personal_number.h"
+
 #include <httplib.h>
 
 namespace korvalo {
@@ -43,6 +45,14 @@ void AnswerPage(httplib::Response &response, int status, const std::string &titl
 
 void AnswerError(httplib::Response &response, int status, const std::string &message) {
     AnswerPage(response, status, "Korvalo: fel", "<p>" + EscapeHtml(message) + "</p>");
+}
+
+bool RefuseUnlessPersonalNumber(httplib::Response &response, const std::string &pnr) {
+    if (mirelo::IsPersonalNumber(pnr)) {
+        return false;
+    }
+    AnswerError(response, 400, "\"" + pnr + "\" är inget personnummer.");
+    return true;
 }
 
 void AnswerDocument(httplib::Response &response, const mirelo::platform::XmlDocument &document) {

@@ -20,6 +20,10 @@ void AnswerPage(httplib::Response &response, int status, const std::string &titl
 // An error page: what went wrong, in words only, escaped.
 void AnswerError(httplib::Response &response, int status, const std::string &message);
 
+// The service opens and prescribes for a personal number only: for anything else it answers
+// with an error page, and this gives true.
+bool RefuseUnlessPersonalNumber(httplib::Response &response, const std::string &pnr);
+
 // A document of ours, in the ISO-8859-1 its declaration names, as a client parses it: a
 // character that code lacks, such as "’" or "€", goes as a character reference, not as a
 // byte that the declaration reads as a control.

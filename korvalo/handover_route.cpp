@@ -67,6 +67,9 @@ void refuse(httplib::Response &response) {
 // The patient and the prescribing form, for a user who was let in.
 void answerPatient(ServiceState &state, const User &user, const PatientDetails &patient,
                    const std::string &patientHtml, httplib::Response &response) {
+    if (RefuseUnlessPersonalNumber(response, patient.pnr)) {
+        return;
+    }
     const std::string prescriber = PrescriberName(user);
     AnswerPage(response, 200, "Korvalo förskrivning",
                "<p id=\"forskrivare\">Förskrivare: " + EscapeHtml(prescriber) +

@@ -65,6 +65,9 @@ void prescribe(ServiceState &state, const httplib::Request &request, httplib::Re
     }
     Prescription prescription;
     prescription.patient.pnr = request.get_param_value("pnr");
+    if (RefuseUnlessPersonalNumber(response, prescription.patient.pnr)) {
+        return;
+    }
     prescription.prescriber = *prescriber;
     prescription.issued = IssueTimestampNow();
     for (const PatientField &field : PatientFields) {

@@ -139,6 +139,18 @@ bool FileExists(const std::string &path) {
     return isRegularFile(path);
 }
 
+FileStamp GetFileStamp(const std::string &path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        raiseFor(errno);
+    }
+    const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) +
+                            std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+    return {static_cast<std::uintmax_t>(status.st_size),
+            std::chrono::system_clock::time_point(
+                std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch))};
+}
+
 bool FolderExists(const std::string &path) {
     std::error_code ignored;
     return fs::is_directory(path, ignored);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -13,7 +15,16 @@ struct FileEntry {
     std::string Path;
 };
 
+// A file's size and the moment of its last change, to the nanosecond.
+struct FileStamp {
+    std::uintmax_t size = 0;
+    std::chrono::system_clock::time_point lastChange;
+    bool operator==(const FileStamp &) const = default;
+};
+
 bool FileExists(const std::string &path);
+// Fails with 53 when there is no such file.
+FileStamp GetFileStamp(const std::string &path);
 bool FolderExists(const std::string &path);
 // Creates one level; a missing parent (76) or an existing folder (58) is a failure.
 void CreateFolder(const std::string &path);

@@ -2,6 +2,7 @@
 
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
+#include "core/personal_number.h"
 #include "exchange/browser_handoff.h"
 #include "platform/gui/flex_grid.h"
 #include "platform/message_box.h"
@@ -129,8 +130,16 @@ void frmMain::cmdSearchPat_Click() {
             return;
         }
         // Exact mode that found the file has opened the view; anything else found nothing,
-        // and what was typed goes straight to the service.
+        // and a personal number goes straight to the service as a new patient.
         if (Screen<frmShowPatient>().isVisible()) {
+            return;
+        }
+        if (!IsPersonalNumber(key)) {
+            platform::MsgBox("Ingen patient hittades för \"" + key +
+                                 "\". En ny patient kan läggas upp med ett personnummer på 10 "
+                                 "eller 12 siffror.",
+                             platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Exclamation,
+                             "Mirelo");
             return;
         }
         SubmitPatientPnr(key);

@@ -8,5 +8,8 @@ namespace mirelo::testing {
 // what a test or a fuzz run checks is not seen through the code under test.
 std::string readBytes(const std::string &path);
 void writeBytes(const std::string &path, const std::string &bytes);
+// A message as the service leaves it in the inbox: its last change, a minute before the clock's
+// now unless told, is old enough for the next scan to take it in.
+void writeFinishedMessage(const std::string &path, const std::string &bytes, int secondsAgo = 60);
 
 } // namespace mirelo::testing

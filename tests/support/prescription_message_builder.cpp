@@ -87,7 +87,7 @@ std::string prescriptionMessageText(const PrescriptionMessage &message) {
 }
 
 void writePrescriptionMessage(const std::string &path, const PrescriptionMessage &message) {
-    writeBytes(path, utf8ToLatin1(prescriptionMessageText(message)));
+    writeFinishedMessage(path, utf8ToLatin1(prescriptionMessageText(message)));
 }
 
 } // namespace mirelo::testing

@@ -47,7 +47,7 @@ struct PrescriptionMessage {
 // The message's XML text, UTF-8, with the ISO-8859-1 declaration the service writes.
 std::string prescriptionMessageText(const PrescriptionMessage &message);
 
-// Writes the message to a file as the service does: ISO-8859-1 bytes.
+// Writes the message to a file as the service leaves it: ISO-8859-1 bytes, written a minute ago.
 void writePrescriptionMessage(const std::string &path, const PrescriptionMessage &message);
 
 } // namespace mirelo::testing

@@ -74,7 +74,7 @@ std::string handover(const std::string &username, const std::string &password,
                      platform::XmlDocument *patient = nullptr) {
     session().gUsername = username;
     session().gPassword = password;
-    return CreatePrescriptionXML(patient, "1")->xml();
+    return CreatePrescriptionXML(patient, Pnr)->xml();
 }
 
 // A place that writes a whole file: its folder, the file ("" when the write makes it), the step
@@ -355,7 +355,7 @@ TEST_F(ExchangeTest, the_hand_over_page_shows_its_users_what_came_and_prescribes
     // The field is filled by script: the document, password and all, is never on screen.
     expectPage(webGet(page), 200, {"<input type=\"hidden\" name=\"txtXml\">"}, {"<textarea"});
     platform::XmlDocument patient;
-    ASSERT_TRUE(patient.loadXML(patientText("1", "Öberg &lt;script&gt; \"&amp;\"", "Märta", {})));
+    ASSERT_TRUE(patient.loadXML(patientText(Pnr, "Öberg &lt;script&gt; \"&amp;\"", "Märta", {})));
     expectPage(webPostForm(page, {{"txtXml", handover("demo", "demo123", &patient)}}), 200,
                {"Öberg &lt;script&gt; &quot;&amp;&quot;", "Johnson &amp; Johnson"},
                {"<script>", "demo123"});
@@ -367,18 +367,21 @@ TEST_F(ExchangeTest, the_hand_over_page_shows_its_users_what_came_and_prescribes
     const WebAnswer number = webPostForm(page, {{"txtXml", handover("demo", "demo123")}});
     ASSERT_TRUE(
         std::regex_search(number.body, key, std::regex("name=\"session\" value=\"(\\w+)\"")));
-    // The message goes to the inbox the service was started with, whatever the form says.
-    expectPage(webPostBody(korvalo.baseUrl() + "/Public/Mirelo/Prescribe.aspx",
-                           "session=" + key[1].str() +
-                               "&pnr=1&familyName=%C3%96berg&givenName=Anna"
-                               "&vnr=146712&packages_146712=2&dosage_146712=1+x+3+%3Cvid+behov%3E"
-                               "&inbox=" +
-                               path("Error")),
-               200, {"1 x 3 &lt;vid behov&gt;"});
+    // The message goes to the inbox the service was started with, whatever the form says; and
+    // only for a personal number.
+    const auto prescribe = [&](const std::string &pnr) {
+        return webPostBody(korvalo.baseUrl() + "/Public/Mirelo/Prescribe.aspx",
+                           "session=" + key[1].str() + "&pnr=" + pnr +
+                               "&familyName=%C3%96berg&givenName=Anna&vnr=146712&packages_146712="
+                               "2&dosage_146712=1+x+3+%3Cvid+behov%3E&inbox=" +
+                               path("Error"));
+    };
+    expectPage(prescribe("%C3%96berg"), 400, {"&quot;Öberg&quot; är inget personnummer."});
+    expectPage(prescribe(Pnr), 200, {"1 x 3 &lt;vid behov&gt;"});
     ASSERT_EQ(filesIn(path("in")).size(), 1u);
     EXPECT_FALSE(fs::exists(path("Error")));
-    ASSERT_EQ(ImportPrescriptionFile(path("in/" + *filesIn(path("in")).begin())), "1");
-    EXPECT_EQ(nodes(readStoredPatient(PatientFilePath("1")),
+    ASSERT_EQ(ImportPrescriptionFile(path("in/" + *filesIn(path("in")).begin())), Pnr);
+    EXPECT_EQ(nodes(readStoredPatient(PatientFilePath(Pnr)),
                     "//FamilyName | //FirstGivenName | //Vnr | //NumberOfPackages | "
                     "//UnstructuredDosageAdmin | //PrescribedBy",
                     &platform::XmlNode::text),
