@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -133,33 +134,71 @@ class MessageMerge {
     std::unordered_map<std::string, ProductsOfRegNr> byRegNr_;
 };
 
+// Whether a product stands where the physician's list is: in the MedicalList that is a child
+// of the document element Patient.
+bool standsInTheList(const platform::XmlNode &product, const platform::XmlNode &patientElement) {
+    const platform::XmlNode list = product.parentNode();
+    return list && list.parentNode() == patientElement && list.nodeName() == "MedicalList" &&
+           patientElement.nodeName() == "Patient";
+}
+
+// The IDs of the products in the list. A message that was taken in before, and not deleted
+// after its write, finds its own products here.
+std::unordered_set<std::string> idsInTheList(const std::vector<platform::XmlNode> &products,
+                                             const platform::XmlNode &patientElement) {
+    std::unordered_set<std::string> ids;
+    for (const platform::XmlNode &product : products) {
+        const platform::XmlNode id = product.firstElementAt("ID");
+        if (id && standsInTheList(product, patientElement)) {
+            ids.insert(id.text());
+        }
+    }
+    return ids;
+}
+
 } // namespace
 
-void TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocument &patient) {
+bool TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocument &patient,
+                        std::optional<std::uintmax_t> messageBytes) {
     // The products are made in the patient's own document, under an element outside its tree:
     // taking them in then moves each without copying its names or handing it to another
     // document, which a message of thousands of items would feel.
     const platform::XmlNode products =
         patient.createNode(platform::XmlDocument::NODE_ELEMENT, "VnrCheck", "");
-    AppendNefProducts(message, products);
-    const std::vector<platform::XmlNode> newProducts = products.elementsAt("Product");
+    AppendNefProducts(message, products, messageBytes);
+    std::vector<platform::XmlNode> newProducts = products.elementsAt("Product");
     if (newProducts.empty()) {
-        return;
+        return false;
     }
     std::vector<std::vector<platform::XmlNode>> found =
         patient.elementsAnywhere({"Product", "MedicalList"});
     std::vector<platform::XmlNode> &olderProducts = found[0];
     std::vector<platform::XmlNode> &medicalLists = found[1];
+    const platform::XmlNode patientElement = patient.documentElement();
+    const std::unordered_set<std::string> listed = idsInTheList(olderProducts, patientElement);
+    std::erase_if(newProducts, [&listed](const platform::XmlNode &product) {
+        return listed.contains(product.firstElementAt("ID").text());
+    });
     if (!productsStandApart(olderProducts, medicalLists)) {
         for (const platform::XmlNode &product : newProducts) {
             MergeProductIntoMedicalList(patient, product);
         }
-        return;
+    } else {
+        MessageMerge merge(patient, std::move(olderProducts), std::move(medicalLists));
+        for (const platform::XmlNode &product : newProducts) {
+            merge.takeIn(product);
+        }
     }
-    MessageMerge merge(patient, std::move(olderProducts), std::move(medicalLists));
+    // A hand-edited file may keep its first MedicalList elsewhere, even inside a product that
+    // the merge then rewrites: a prescription that didn't land in the list is not taken in.
     for (const platform::XmlNode &product : newProducts) {
-        merge.takeIn(product);
+        if (!standsInTheList(product, patientElement)) {
+            throw MireloError(errors::PatientFileDamaged,
+                              withReason("Patientfil är skadad.",
+                                         "Läkemedelslistan står inte direkt under Patient."));
+        }
     }
+    return !newProducts.empty();
 }
 
 void MergeProductIntoMedicalList(platform::XmlDocument &patient, platform::XmlNode product) {

@@ -1,9 +1,10 @@
 #include "intake/message_to_patient.h"
 
 #include "core/document_building.h"
-#include "core/mirelo_error.h"
 #include "core/personal_number.h"
+#include "core/text_file.h"
 #include "intake/medication_list_merge.h"
+#include "intake/message_bounds.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
 
@@ -43,18 +44,14 @@ platform::XmlDocument loadMessage(const std::string &path) {
     message.load(path);
     const platform::ParseError &error = message.parseError();
     if (error.errorCode != 0 && error.errorCode != MissingDtd) {
-        throw MireloError(errors::PrescriptionFileDamaged,
-                          withReason("Receptfil är skadad.", error.reason));
+        RefuseMessage(error.reason);
     }
     return message;
 }
 
 // An existing file is read without looking at the parse result: a damaged file shows itself
 // as a missing element when the personal fields are written.
-platform::XmlDocument openPatient(const std::string &patientPath) {
-    if (!platform::FileExists(patientPath)) {
-        return NewPatientDocument();
-    }
+platform::XmlDocument readPatient(const std::string &patientPath) {
     platform::XmlDocument patient;
     patient.loadXML(ReadPatientText(patientPath));
     return patient;
@@ -64,23 +61,37 @@ platform::XmlDocument openPatient(const std::string &patientPath) {
 
 MessageIntake TakeInPrescriptionFile(const std::string &path) {
     platform::XmlDocument message = loadMessage(path);
-    const std::string pnr = below(message, SubjectOfCare, "PatientId/IdValue").text();
+    const std::uintmax_t messageBytes = platform::GetFileStamp(path).size;
+    const std::string pnr = FieldText(below(message, SubjectOfCare, "PatientId/IdValue"));
     // Only a personal number names a patient file: anything else could name another file, or
     // a path outside the data folder.
     if (!IsPersonalNumber(pnr)) {
         return {false, pnr};
     }
     const std::string patientPath = PatientFilePath(pnr);
-    platform::XmlDocument patient = openPatient(patientPath);
+    const bool known = platform::FileExists(patientPath);
+    platform::XmlDocument patient = known ? readPatient(patientPath) : NewPatientDocument();
 
+    // A message taken in before, as after a crash between the write and the deletion, finds
+    // its patient as it left them and leaves the file as it is.
+    bool changed = !known;
     for (const auto &[field, source] : PersonalFields) {
-        const std::string value = below(message, SubjectOfCare, source).text();
-        below(patient, PatientData, field).setText(value);
+        const std::string value = FieldText(below(message, SubjectOfCare, source));
+        const platform::XmlNode target = below(patient, PatientData, field);
+        if (target.text() != value) {
+            target.setText(value);
+            changed = true;
+        }
+    }
+    changed = TakeInMessageItems(message, patient, messageBytes) || changed;
+    if (!changed) {
+        return {true, pnr};
     }
 
-    TakeInMessageItems(message, patient);
-
-    WritePatientFile(patient, patientPath);
+    const std::string stored = StoredPatientBytes(patient);
+    const std::uintmax_t before = known ? platform::GetFileStamp(patientPath).size : 0;
+    CheckGrowth(stored.size() > before ? stored.size() - before : 0, messageBytes);
+    WriteTextFile(stored, patientPath);
     return {true, pnr};
 }
 

@@ -3,6 +3,7 @@
 #include "core/clock.h"
 #include "core/conversions.h"
 #include "core/document_building.h"
+#include "intake/message_bounds.h"
 #include "intake/message_paths.h"
 
 #include <optional>
@@ -26,7 +27,7 @@ constexpr const char *IntervalUnit =
 // An item's fields are read along its children rather than by a query each: with thousands
 // of items in one message, the queries cost more than building the products.
 std::string textAt(const platform::XmlNode &item, std::string_view path) {
-    return item.firstElementAt(path).text();
+    return FieldText(item.firstElementAt(path));
 }
 
 // An unregistered item gets a number no other product shares, so that it is never merged with
@@ -41,7 +42,7 @@ std::string registeredNumber(const platform::XmlNode &item) {
 
 std::string dosageText(const platform::XmlNode &item) {
     const platform::XmlNode dosage = item.firstElementAt(Dosage);
-    return dosage ? dosage.text() : std::string();
+    return dosage ? FieldText(dosage) : std::string();
 }
 
 // What every product of a message repeats, looked up in the whole message once, at the point
@@ -54,10 +55,16 @@ class MessageWideText {
     const std::string &prescriber() { return lookUp(prescriber_, message_paths::PrescriberName); }
     const std::string &issued() { return lookUp(issued_, message_paths::IssueTimestamp); }
 
+    // What each product copies of the message as a whole: the set id in its ID, the prescriber
+    // and the moment of issue twice.
+    std::uintmax_t repeatedBytes() {
+        return setId().size() + 2 * (prescriber().size() + issued().size());
+    }
+
   private:
     const std::string &lookUp(std::optional<std::string> &text, const char *query) {
         if (!text) {
-            text = message_.firstElementAt(query).text();
+            text = FieldText(message_.firstElementAt(query));
         }
         return *text;
     }
@@ -156,11 +163,19 @@ void appendFields(const platform::XmlNode &product, MessageWideText &message,
 
 } // namespace
 
-void AppendNefProducts(const platform::XmlDocument &message, const platform::XmlNode &root) {
+void AppendNefProducts(const platform::XmlDocument &message, const platform::XmlNode &root,
+                       std::optional<std::uintmax_t> messageBytes) {
     MessageWideText messageWide(message.asNode());
+    const std::vector<platform::XmlNode> itemElements =
+        message.elementsAt("//PrescriptionItemDetails");
     std::vector<ItemTexts> items;
-    for (const platform::XmlNode &item : message.elementsAt("//PrescriptionItemDetails")) {
+    for (const platform::XmlNode &item : itemElements) {
         items.push_back(readItem(messageWide, item));
+        // A message that names its prescriber at length and lists many items would have every
+        // product copy the name: it is refused before the copies are made.
+        if (messageBytes && items.size() == 1) {
+            CheckGrowth(messageWide.repeatedBytes() * itemElements.size(), *messageBytes);
+        }
     }
     // Every item is read, and may fail the message, in the message's order before any product
     // is made. They are made last to first, each placed before the one made just before it:

@@ -450,6 +450,10 @@ bool XmlNode::hasAncestorElement(const char *name) const {
     return false;
 }
 
+XmlNode XmlNode::parentNode() const {
+    return XmlNode(checked(node_)->parent);
+}
+
 XmlNode XmlNode::selectSingleNode(const std::string &query) const {
     const XPathObject result = evaluate(node_, query);
     const xmlNodeSetPtr nodes = result->nodesetval;

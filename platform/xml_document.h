@@ -63,6 +63,8 @@ class XmlNode {
     XmlNode firstElementAt(std::string_view path) const;
     // Whether the query `ancestor::name` finds anything.
     bool hasAncestorElement(const char *name) const;
+    // The element or document this node stands in; null for a node outside any tree.
+    XmlNode parentNode() const;
 
     // XPath 1.0 relative to this node; results in document order. An invalid query raises.
     XmlNode selectSingleNode(const std::string &query) const;

@@ -85,7 +85,11 @@ platform::XmlDocument ReadPatientFileKeepingTabs(const std::string &path) {
 }
 
 void WritePatientFile(const platform::XmlDocument &patient, const std::string &path) {
-    WriteTextFile(ScrambleText(patient.xml()), path);
+    WriteTextFile(StoredPatientBytes(patient), path);
+}
+
+std::string StoredPatientBytes(const platform::XmlDocument &patient) {
+    return ScrambleText(patient.xml());
 }
 
 } // namespace mirelo

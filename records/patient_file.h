@@ -28,5 +28,7 @@ platform::XmlDocument ReadPatientFileKeepingTabs(const std::string &path);
 
 // The one writing path: the document's text, scrambled, written over the file in place.
 void WritePatientFile(const platform::XmlDocument &patient, const std::string &path);
+// The bytes that path stores for the document, for a writer that weighs them first.
+std::string StoredPatientBytes(const platform::XmlDocument &patient);
 
 } // namespace mirelo
