@@ -63,15 +63,6 @@ std::map<std::string, std::string> FuzzEnvironment::allFiles() const {
     return files;
 }
 
-std::string scrambledBytes(const std::string &plain) {
-    std::string stored;
-    stored.reserve(plain.size());
-    for (const unsigned char c : plain) {
-        stored += static_cast<char>(c % 2 == 0 ? c + 3 : c + 5);
-    }
-    return stored;
-}
-
 void violated(const std::string &expectation) {
     std::fprintf(stderr, "Outcome not allowed: %s\n", expectation.c_str());
     std::abort();

@@ -25,6 +25,9 @@ class FuzzEnvironment {
     void reset();
 
     std::string path(const std::string &relative) const { return appDir_ + "/" + relative; }
+    const std::string &appDir() const { return appDir_; }
+    // The private folder around the application directory.
+    const std::string &root() const { return root_; }
 
     // Every regular file under the private folder, by path, with its bytes.
     std::map<std::string, std::string> allFiles() const;
@@ -39,12 +42,8 @@ class FuzzEnvironment {
 };
 
 using testing::readBytes;
+using testing::scrambleBytes;
 using testing::writeBytes;
-
-// The stored bytes of a patient file whose plain bytes are given, by the scrambling rule
-// itself (even codes up by 3, odd codes up by 5, within the byte). The rule maps the 256 byte
-// values onto themselves, so every possible stored file is the image of some input.
-std::string scrambledBytes(const std::string &plain);
 
 // Ends the run with the input as a finding: what was expected and did not hold.
 [[noreturn]] void violated(const std::string &expectation);

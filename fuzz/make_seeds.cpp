@@ -58,15 +58,15 @@ std::vector<ProductFields> sampleProducts() {
 std::vector<std::string> patientSeeds() {
     const std::vector<ProductFields> products = sampleProducts();
     return {
-        utf8ToLatin1(patientText("P1", "Åström", "Märta", {})),
-        utf8ToLatin1(patientText("P1", "Åström", "Märta", {products[0]})),
-        utf8ToLatin1(patientText("P1", "Åström", "Märta", products)),
+        utf8ToLatin1(patientText("191212121212", "Åström", "Märta", {})),
+        utf8ToLatin1(patientText("191212121212", "Åström", "Märta", {products[0]})),
+        utf8ToLatin1(patientText("191212121212", "Åström", "Märta", products)),
     };
 }
 
 std::vector<std::string> messageSeeds() {
     PrescriptionMessage known;
-    known.pnr = "P1";
+    known.pnr = "191212121212";
     known.items = {MessageItem{}};
     PrescriptionMessage twoItems = known;
     MessageItem second;
@@ -79,11 +79,14 @@ std::vector<std::string> messageSeeds() {
     PrescriptionMessage nameless = known;
     nameless.omitted = {"IdValue"};
     PrescriptionMessage newPatient = known;
-    newPatient.pnr = "191212121212";
+    newPatient.pnr = "19400101-1234";
+    PrescriptionMessage noNumber = known;
+    noNumber.pnr = "Öberg";
     return {utf8ToLatin1(prescriptionMessageText(known)),
             utf8ToLatin1(prescriptionMessageText(twoItems)),
             utf8ToLatin1(prescriptionMessageText(nameless)),
-            utf8ToLatin1(prescriptionMessageText(newPatient))};
+            utf8ToLatin1(prescriptionMessageText(newPatient)),
+            utf8ToLatin1(prescriptionMessageText(noNumber))};
 }
 
 std::vector<std::string> intakeSeeds() {

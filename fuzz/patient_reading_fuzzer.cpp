@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::string input(reinterpret_cast<const char *>(data), size);
     FuzzEnvironment &environment = FuzzEnvironment::instance();
     environment.reset();
-    writeBytes(environment.path("data/P1.xml"), scrambledBytes(input));
+    writeBytes(environment.path("data/P1.xml"), scrambleBytes(input));
 
     for (const bool showAll : {false, true}) {
         try {

@@ -26,4 +26,20 @@ void writeFinishedMessage(const std::string &path, const std::string &bytes, int
     ::utimensat(AT_FDCWD, path.c_str(), times, 0);
 }
 
+std::string scrambleBytes(const std::string &latin1) {
+    std::string stored;
+    for (const unsigned char c : latin1) {
+        stored += static_cast<char>(c % 2 == 0 ? c + 3 : c + 5);
+    }
+    return stored;
+}
+
+std::string unscrambleBytes(const std::string &stored) {
+    std::string plain;
+    for (const unsigned char s : stored) {
+        plain += static_cast<char>(s % 2 == 1 ? s - 3 : s - 5);
+    }
+    return plain;
+}
+
 } // namespace mirelo::testing

@@ -73,22 +73,6 @@ std::vector<std::string> filesHolding(const std::string &folder, const std::stri
     return holding;
 }
 
-std::string scrambleBytes(const std::string &latin1) {
-    std::string stored;
-    for (const unsigned char c : latin1) {
-        stored += static_cast<char>(c % 2 == 0 ? c + 3 : c + 5);
-    }
-    return stored;
-}
-
-std::string unscrambleBytes(const std::string &stored) {
-    std::string plain;
-    for (const unsigned char s : stored) {
-        plain += static_cast<char>(s % 2 == 1 ? s - 3 : s - 5);
-    }
-    return plain;
-}
-
 std::string latin1ToUtf8(const std::string &latin1) {
     return QString::fromLatin1(latin1).toStdString();
 }

@@ -58,10 +58,6 @@ std::set<std::string> filesIn(const std::string &folder);
 std::vector<std::string> filesHolding(const std::string &folder, const std::string &text,
                                       const std::string &leftOut = {});
 
-// Scrambles and unscrambles by the rule itself, independent of the code under test:
-// even codes up by 3, odd codes up by 5. Works on single-byte text.
-std::string scrambleBytes(const std::string &latin1);
-std::string unscrambleBytes(const std::string &stored);
 std::string latin1ToUtf8(const std::string &latin1);
 
 } // namespace mirelo::testing
