@@ -135,21 +135,38 @@ class MessageMerge {
 };
 
 // Whether a product stands where the physician's list is: in the MedicalList that is a child
-// of the document element Patient.
-bool standsInTheList(const platform::XmlNode &product, const platform::XmlNode &patientElement) {
-    const platform::XmlNode list = product.parentNode();
-    return list && list.parentNode() == patientElement && list.nodeName() == "MedicalList" &&
-           patientElement.nodeName() == "Patient";
-}
+// of the document element Patient. Products side by side share their parent, which is looked
+// at once for all of them.
+class InTheList {
+  public:
+    explicit InTheList(const platform::XmlDocument &patient)
+        : patientElement_(patient.documentElement()) {}
+
+    bool operator()(const platform::XmlNode &product) {
+        const platform::XmlNode parent = product.parentNode();
+        if (parent != lastParent_) {
+            lastParent_ = parent;
+            lastIsTheList_ = parent && parent.parentNode() == patientElement_ &&
+                             parent.nodeName() == "MedicalList" &&
+                             patientElement_.nodeName() == "Patient";
+        }
+        return lastIsTheList_;
+    }
+
+  private:
+    const platform::XmlNode patientElement_;
+    platform::XmlNode lastParent_;
+    bool lastIsTheList_ = false;
+};
 
 // The IDs of the products in the list. A message that was taken in before, and not deleted
 // after its write, finds its own products here.
 std::unordered_set<std::string> idsInTheList(const std::vector<platform::XmlNode> &products,
-                                             const platform::XmlNode &patientElement) {
+                                             InTheList &inTheList) {
     std::unordered_set<std::string> ids;
     for (const platform::XmlNode &product : products) {
         const platform::XmlNode id = product.firstElementAt("ID");
-        if (id && standsInTheList(product, patientElement)) {
+        if (id && inTheList(product)) {
             ids.insert(id.text());
         }
     }
@@ -165,20 +182,24 @@ bool TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocum
     // document, which a message of thousands of items would feel.
     const platform::XmlNode products =
         patient.createNode(platform::XmlDocument::NODE_ELEMENT, "VnrCheck", "");
-    AppendNefProducts(message, products, messageBytes);
-    std::vector<platform::XmlNode> newProducts = products.elementsAt("Product");
-    if (newProducts.empty()) {
+    const std::vector<std::string> ids = AppendNefProducts(message, products, messageBytes);
+    if (ids.empty()) {
         return false;
     }
     std::vector<std::vector<platform::XmlNode>> found =
         patient.elementsAnywhere({"Product", "MedicalList"});
     std::vector<platform::XmlNode> &olderProducts = found[0];
     std::vector<platform::XmlNode> &medicalLists = found[1];
-    const platform::XmlNode patientElement = patient.documentElement();
-    const std::unordered_set<std::string> listed = idsInTheList(olderProducts, patientElement);
-    std::erase_if(newProducts, [&listed](const platform::XmlNode &product) {
-        return listed.contains(product.firstElementAt("ID").text());
-    });
+    InTheList inTheList(patient);
+    const std::unordered_set<std::string> listed = idsInTheList(olderProducts, inTheList);
+    const std::vector<platform::XmlNode> made = products.elementsAt("Product");
+    std::vector<platform::XmlNode> newProducts;
+    newProducts.reserve(made.size());
+    for (std::size_t k = 0; k < made.size(); ++k) {
+        if (!listed.contains(ids[k])) {
+            newProducts.push_back(made[k]);
+        }
+    }
     if (!productsStandApart(olderProducts, medicalLists)) {
         for (const platform::XmlNode &product : newProducts) {
             MergeProductIntoMedicalList(patient, product);
@@ -191,8 +212,9 @@ bool TakeInMessageItems(const platform::XmlDocument &message, platform::XmlDocum
     }
     // A hand-edited file may keep its first MedicalList elsewhere, even inside a product that
     // the merge then rewrites: a prescription that didn't land in the list is not taken in.
+    InTheList landed(patient);
     for (const platform::XmlNode &product : newProducts) {
-        if (!standsInTheList(product, patientElement)) {
+        if (!landed(product)) {
             throw MireloError(errors::PatientFileDamaged,
                               withReason("Patientfil är skadad.",
                                          "Läkemedelslistan står inte direkt under Patient."));

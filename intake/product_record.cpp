@@ -163,8 +163,9 @@ void appendFields(const platform::XmlNode &product, MessageWideText &message,
 
 } // namespace
 
-void AppendNefProducts(const platform::XmlDocument &message, const platform::XmlNode &root,
-                       std::optional<std::uintmax_t> messageBytes) {
+std::vector<std::string> AppendNefProducts(const platform::XmlDocument &message,
+                                           const platform::XmlNode &root,
+                                           std::optional<std::uintmax_t> messageBytes) {
     MessageWideText messageWide(message.asNode());
     const std::vector<platform::XmlNode> itemElements =
         message.elementsAt("//PrescriptionItemDetails");
@@ -186,6 +187,12 @@ void AppendNefProducts(const platform::XmlDocument &message, const platform::Xml
         madeLater = root.insertElementBefore("Product", madeLater);
         appendFields(madeLater, messageWide, *item);
     }
+    std::vector<std::string> ids;
+    ids.reserve(items.size());
+    for (ItemTexts &item : items) {
+        ids.push_back(std::move(item.id));
+    }
+    return ids;
 }
 
 platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
