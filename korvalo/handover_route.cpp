@@ -146,10 +146,18 @@ void AddHandoverRoutes(httplib::Server &server, ServiceState &state) {
     server.Get(HandoverPath, [](const httplib::Request &, httplib::Response &response) {
         AnswerPage(response, 200, "Korvalo", EmptyForms);
     });
-    server.Post(HandoverPath,
-                [&state](const httplib::Request &request, httplib::Response &response) {
-                    receiveHandover(state, request, response);
-                });
+    // A hand-over is as long as its patient: hundreds of products, long notes. The library
+    // refuses a form of more than 8 KiB that it reads itself, so this route reads its own.
+    server.Post(HandoverPath, [&state](const httplib::Request &request, httplib::Response &response,
+                                       const httplib::ContentReader &content) {
+        httplib::Request form = request;
+        content([&form](const char *data, std::size_t length) {
+            form.body.append(data, length);
+            return true;
+        });
+        httplib::detail::parse_query_text(form.body, form.params);
+        receiveHandover(state, form, response);
+    });
 }
 
 } // namespace korvalo
