@@ -1,5 +1,7 @@
 #include "platform/browser.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <stdexcept>
 
 namespace mirelo::platform {
@@ -15,13 +17,49 @@ int &waitsInProgress() {
     return count;
 }
 
+// What the user does while a hand-off is on its way is dropped, not kept for later: a second
+// press of "Ordinera" would otherwise post the patient to a second browser once the first
+// hand-off is done.
+class InputDiscard : public QObject {
+  public:
+    bool eventFilter(QObject *, QEvent *event) override {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::Wheel:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::ContextMenu:
+        case QEvent::TouchBegin:
+        case QEvent::TouchUpdate:
+        case QEvent::TouchEnd:
+            return true;
+        default:
+            return false;
+        }
+    }
+};
+
+InputDiscard *&inputDiscard() {
+    static InputDiscard *discard = nullptr;
+    return discard;
+}
+
 } // namespace
 
 BrowserWait::BrowserWait() {
-    ++waitsInProgress();
+    if (waitsInProgress()++ == 0 && QCoreApplication::instance() != nullptr) {
+        inputDiscard() = new InputDiscard;
+        QCoreApplication::instance()->installEventFilter(inputDiscard());
+    }
 }
 BrowserWait::~BrowserWait() {
-    --waitsInProgress();
+    if (--waitsInProgress() == 0) {
+        delete inputDiscard();
+        inputDiscard() = nullptr;
+    }
 }
 bool BrowserIsWaiting() {
     return waitsInProgress() > 0;

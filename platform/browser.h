@@ -36,7 +36,8 @@ std::unique_ptr<Browser> CreateBrowser();
 void setBrowserFactory(std::function<std::unique_ptr<Browser>()> factory);
 
 // A hand-off blocks the program while it waits for the page, as it always has: the inbox
-// timer's ticks that fall in such a wait pass without effect. A wait marks itself with this.
+// timer's ticks that fall in such a wait pass without effect, and the user's keys and clicks
+// are dropped. A wait marks itself with this and runs every other event.
 class BrowserWait {
   public:
     BrowserWait();

@@ -98,7 +98,7 @@ template <typename Done> void BrowserChannel::waitUntil(Done done) {
         return;
     }
     liveness.start(LivenessCheckMilliseconds);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    loop.exec();
 }
 
 } // namespace mirelo::platform

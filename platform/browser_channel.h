@@ -12,8 +12,8 @@ namespace mirelo::platform {
 
 // One browser process and Mirelo's end of its channel (see browser_protocol.h). The browser
 // is started detached, so it outlives this object and Mirelo alike; destroying the channel
-// only closes it. Every wait runs a local event loop that takes no user input and marks
-// itself as a BrowserWait.
+// only closes it. Every wait runs a local event loop as a BrowserWait, which drops the user's
+// input.
 class BrowserChannel {
   public:
     // Starts the browser executable and waits until it has connected, or has ended.
@@ -29,7 +29,7 @@ class BrowserChannel {
     pid_t pid() const { return pid_; }
 
   private:
-    // Runs events without user input until done() holds or the browser has ended.
+    // Runs events, the user's input dropped, until done() holds or the browser has ended.
     template <typename Done> void waitUntil(Done done);
 
     QLocalServer server_;

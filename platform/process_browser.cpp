@@ -40,7 +40,7 @@ class ProcessBrowser : public Browser {
         const BrowserWait blocking;
         QEventLoop wait;
         QTimer::singleShot(milliseconds, &wait, &QEventLoop::quit);
-        wait.exec(QEventLoop::ExcludeUserInputEvents);
+        wait.exec();
     }
 
     void SetFirstFormField(const std::string &field, const std::string &value) override {

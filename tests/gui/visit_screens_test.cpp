@@ -448,6 +448,8 @@ TEST_F(VisitScreensTest, a_product_prescribed_on_the_service_page_stands_first_a
     logIn("demo", "demo123");
     frmShowPatient &view = openPatient(Pnr);
     BrowserProcesses browsers;
+    // A second press while the hand-off is on its way does nothing.
+    QTimer::singleShot(0, [&view] { QTest::mouseClick(view.cmdSend, Qt::LeftButton); });
     view.cmdSend->click();
     ASSERT_EQ(browsers.started(), 1u);
     EXPECT_TRUE(browsers.status(0).value("visible").toBool());
