@@ -13,11 +13,11 @@ MsgBoxPresenter &presenter() {
 } // namespace
 
 MsgBoxResult MsgBox(const std::string &text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                    const std::string &title) {
+                    const std::string &title, MsgBoxDefault defaultButton) {
     if (!presenter()) {
         throw std::logic_error("no message box presenter installed");
     }
-    return presenter()({text, buttons, icon, title});
+    return presenter()({text, buttons, icon, title, defaultButton});
 }
 
 void setMsgBoxPresenter(MsgBoxPresenter next) {

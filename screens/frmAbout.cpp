@@ -23,7 +23,7 @@ QPushButton *makeButton(QWidget *parent, const char *name, const QString &captio
 
 } // namespace
 
-frmAbout::frmAbout() : QDialog(nullptr, ModalDialogWindow) {
+frmAbout::frmAbout() {
     setUpModalDialog(this, "frmAbout", QStringLiteral("Om Mirelo"), 5820, 3720);
 
     Image1 = makeControl<QLabel>(this, "Image1");

@@ -3,6 +3,7 @@
 #include "records/note_records.h"
 #include "screens/allergy_reason_opener.h"
 #include "screens/control_tag.h"
+#include "screens/dialog_window.h"
 #include "screens/note_text_box.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
@@ -19,6 +20,7 @@ const char *const NoClick = "NoClick";
 QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left) {
     auto *button = makeControlAt<QPushButton>(parent, name, caption, left, 1920, 975, 255);
     button->setAutoDefault(false);
+    pressOnEnterWhenFocused(button);
     return button;
 }
 
@@ -31,8 +33,8 @@ void setWithoutClick(QCheckBox *box, bool checked) {
 
 } // namespace
 
-frmAllergicExtendedInfo::frmAllergicExtendedInfo()
-    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint) {
+frmAllergicExtendedInfo::frmAllergicExtendedInfo() {
+    setUpDialogWindow(this, CloseBox::None);
     setObjectName(QStringLiteral("frmAllergicExtendedInfo"));
     setWindowTitle(QStringLiteral("Mirelo"));
     setModal(true);

@@ -5,6 +5,7 @@
 #include "platform/message_box.h"
 #include "records/allergy_history_list.h"
 #include "records/patient_file.h"
+#include "screens/dialog_window.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
@@ -27,7 +28,8 @@ void writeCell(platform::FlexGrid *grid, int row, int col, const std::optional<s
 
 } // namespace
 
-frmAllergicHistory::frmAllergicHistory() : QDialog(nullptr, Qt::Dialog) {
+frmAllergicHistory::frmAllergicHistory() {
+    setUpDialogWindow(this, CloseBox::Shown);
     setObjectName(QStringLiteral("frmAllergicHistory"));
     setWindowTitle(QStringLiteral("Mirelo"));
     sizeTwips(this, 8280, 6000);
@@ -111,7 +113,8 @@ void frmAllergicHistory::cmdBack_Click() {
     Unload<frmAllergicHistory>();
 }
 
-// Closing the window by its frame drops the list as Återgå does, so the next list starts anew.
+// Closing the window by its frame, or by Esc, drops the list as Återgå does, so that the next
+// list starts anew instead of writing over this one and multiplying its row heights again.
 void frmAllergicHistory::closeEvent(QCloseEvent *event) {
     event->accept();
     Unload<frmAllergicHistory>();

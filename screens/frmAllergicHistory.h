@@ -31,6 +31,7 @@ class frmAllergicHistory : public QDialog {
 
   protected:
     void closeEvent(QCloseEvent *event) override;
+    void reject() override { cmdBack_Click(); }
 };
 
 } // namespace mirelo::screens

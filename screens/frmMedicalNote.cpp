@@ -5,6 +5,7 @@
 #include "records/medical_note_view.h"
 #include "records/note_records.h"
 #include "screens/control_tag.h"
+#include "screens/dialog_window.h"
 #include "screens/frmAllergicExtendedInfo.h"
 #include "screens/frmShowPatient.h"
 #include "screens/note_text_box.h"
@@ -25,13 +26,14 @@ QPushButton *makeButton(QWidget *parent, const char *name, const QString &captio
                         int top, int width, int height) {
     auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
     button->setAutoDefault(false);
+    pressOnEnterWhenFocused(button);
     return button;
 }
 
 } // namespace
 
-frmMedicalNote::frmMedicalNote()
-    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint) {
+frmMedicalNote::frmMedicalNote() {
+    setUpDialogWindow(this, CloseBox::None);
     setObjectName(QStringLiteral("frmMedicalNote"));
     setWindowTitle(QStringLiteral("Mirelo"));
     setModal(true);

@@ -9,7 +9,7 @@
 #include <QPushButton>
 
 namespace mirelo::screens {
-frmPatInfo::frmPatInfo() : QDialog(nullptr, ModalDialogWindow) {
+frmPatInfo::frmPatInfo() {
     setUpModalDialog(this, "frmPatInfo", QStringLiteral("Mirelo"), 5160, 2625);
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1", QStringLiteral("Patientuppgifter"));

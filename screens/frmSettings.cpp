@@ -4,6 +4,7 @@
 #include "core/settings_store.h"
 #include "platform/gui/folder_picker.h"
 #include "platform/message_box.h"
+#include "screens/dialog_window.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
@@ -27,9 +28,8 @@ QPushButton *makeButton(QWidget *parent, const char *name, const QString &captio
 
 } // namespace
 
-frmSettings::frmSettings()
-    : QDialog(nullptr, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                           Qt::WindowCloseButtonHint) {
+frmSettings::frmSettings() {
+    setUpDialogWindow(this, CloseBox::Shown, Qt::Tool);
     setObjectName(QStringLiteral("frmSettings"));
     setWindowTitle(QStringLiteral("Mirelo Inställningar"));
     setModal(true);

@@ -4,6 +4,7 @@
 #include "exchange/login_exchange.h"
 #include "platform/message_box.h"
 #include "platform/process_end.h"
+#include "screens/dialog_window.h"
 #include "screens/mainApp.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
@@ -38,8 +39,8 @@ QPushButton *makeButton(QWidget *parent, const char *name, const QString &captio
 
 } // namespace
 
-frmSplash::frmSplash()
-    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint) {
+frmSplash::frmSplash() {
+    setUpDialogWindow(this, CloseBox::None);
     setObjectName(QStringLiteral("frmSplash"));
     setWindowTitle(QStringLiteral("Mirelo Inloggning"));
     sizeTwips(this, 6525, 4860);

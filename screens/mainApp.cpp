@@ -133,9 +133,12 @@ bool mainApp::eventFilter(QObject *watched, QEvent *event) {
     return QMainWindow::eventFilter(watched, event);
 }
 
+// Nej is the default: Ctrl+A is select all to most, and the Enter that follows must not end
+// the program.
 bool mainApp::MDIForm_QueryUnload() {
     return platform::MsgBox("Vill du verkligen avsluta Mirelo?", platform::MsgBoxButtons::YesNo,
-                            platform::MsgBoxIcon::Warning, "Mirelo") == platform::MsgBoxResult::No;
+                            platform::MsgBoxIcon::Warning, "Mirelo",
+                            platform::MsgBoxDefault::Second) == platform::MsgBoxResult::No;
 }
 
 void mainApp::MDIForm_Unload() {

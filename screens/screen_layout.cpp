@@ -1,5 +1,7 @@
 #include "screens/screen_layout.h"
 
+#include "screens/dialog_window.h"
+
 #include <QAction>
 #include <algorithm>
 #include <vector>
@@ -52,8 +54,9 @@ void pressOnEscape(QWidget *screen, QAbstractButton *button) {
     pressOnKeys(screen, button, {QKeySequence(Qt::Key_Escape)});
 }
 
-void setUpModalDialog(QWidget *dialog, const char *name, const QString &title, int width,
+void setUpModalDialog(QDialog *dialog, const char *name, const QString &title, int width,
                       int height) {
+    setUpDialogWindow(dialog, CloseBox::Shown);
     dialog->setObjectName(QString::fromLatin1(name));
     dialog->setWindowTitle(title);
     dialog->setWindowModality(Qt::ApplicationModal);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QDialog>
 #include <QFont>
 #include <QLabel>
 #include <QString>
@@ -54,12 +55,8 @@ Control *makeControlAt(QWidget *parent, const char *name, const QString &caption
     return control;
 }
 
-// The window of a small modal dialog: a title bar with its close box, nothing to resize.
-constexpr Qt::WindowFlags ModalDialogWindow =
-    Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
-
-// Names, titles and sizes a modal dialog in the plain dialog font.
-void setUpModalDialog(QWidget *dialog, const char *name, const QString &title, int width,
+// Names, titles and sizes a small modal dialog with its close box in the plain dialog font.
+void setUpModalDialog(QDialog *dialog, const char *name, const QString &title, int width,
                       int height);
 
 // Puts a dialog in the middle of the window it belongs to.

@@ -30,6 +30,8 @@ MsgBoxResult showBox(const MsgBoxRequest &request) {
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
         box.button(QMessageBox::Yes)->setText(QStringLiteral("&Ja"));
         box.button(QMessageBox::No)->setText(QStringLiteral("&Nej"));
+        box.setDefaultButton(request.defaultButton == MsgBoxDefault::Second ? QMessageBox::No
+                                                                            : QMessageBox::Yes);
         return box.exec() == QMessageBox::Yes ? MsgBoxResult::Yes : MsgBoxResult::No;
     }
     box.setStandardButtons(QMessageBox::Ok);

@@ -73,7 +73,7 @@ class NoteScreensTest : public ScreenTest {
             dialog.txtExtendedMedicalInfo->setPlainText(QString::fromUtf8(reason));
             for (const QString &button : buttons) {
                 EXPECT_TRUE(dialog.isVisible()) << "closed by no key and by no failed save";
-                (button == "OK" ? dialog.cmdSave : dialog.cmdCancel)->click();
+                QTest::keyClick(button == "OK" ? dialog.cmdSave : dialog.cmdCancel, Qt::Key_Return);
             }
         });
     }
@@ -119,10 +119,12 @@ TEST_F(NoteScreensTest, the_note_dialog_saves_deletes_and_changes_the_warning_by
         } else if (typed != nullptr) {
             dialog.txtExtendedMedicalInfo->setPlainText(QString::fromUtf8(typed));
         }
-        (first == "OK"    ? dialog.cmdSave
-         : first == "box" ? static_cast<QAbstractButton *>(dialog.chkAllergic)
-                          : dialog.cmdDelete)
-            ->click();
+        // Enter presses a button that has the focus, as Space does.
+        QAbstractButton *pressed = first == "OK" ? dialog.cmdSave
+                                   : first == "box"
+                                       ? static_cast<QAbstractButton *>(dialog.chkAllergic)
+                                       : dialog.cmdDelete;
+        QTest::keyClick(pressed, first == "box" ? Qt::Key_Space : Qt::Key_Return);
         EXPECT_EQ(said(), says.empty() ? Texts{} : Texts{says});
         EXPECT_EQ(left.empty() ? readBytes(file()) : stored(), left.empty() ? before : left);
         const bool filled = Screen<frmShowPatient>().FlexGrid->TextMatrix(1, 7) == "2_1";
@@ -236,7 +238,8 @@ TEST_F(NoteScreensTest, the_notes_are_saved_on_leaving_their_boxes_and_the_warni
                            list->ColWidth(4), list->CellAlignmentAt(1, 1),
                            list->CellAlignmentAt(1, 4), int(list->CellFontBoldAt(0, 4))}),
               (std::vector{2 * list->RowHeight(2), 3 * list->RowHeight(2), 0, 3700, 4, 1, 1}));
-    QTest::mouseClick(history.cmdBack, Qt::LeftButton);
+    // Esc unloads as Återgå does: the next list starts from a fresh grid, not over this one.
+    QTest::keyClick(&history, Qt::Key_Escape);
     // The button, waiting, looks the records up by the dosage.
     Texts byButton;
     whileOpen<frmAllergicHistory>([&byButton](frmAllergicHistory &dialog) {

@@ -1,11 +1,13 @@
 #include "browser_processes.h"
 #include "korvalo_process.h"
 #include "platform/gui/folder_picker.h"
+#include "platform/gui/widget_message_box.h"
 #include "screen_test.h"
 #include "scripted_browser.h"
 #include "web_client.h"
 
 #include <QMdiArea>
+#include <QMessageBox>
 #include <QToolButton>
 #include <algorithm>
 #include <regex>
@@ -95,6 +97,52 @@ TEST_F(VisitScreensTest, the_search_opens_a_whole_number_and_hands_off_one_witho
     finder.cmdSelPat->click();
     EXPECT_EQ(said(), Texts{"[exclamation] Det finns inga patienter i listan!\r\n"
                             "Använd \"Sök\"-funktionen eller \"Lista alla\"."});
+
+    // In the box itself Nej is the default: Ctrl+A and Enter leave Mirelo open.
+    platform::installWidgetMessageBox();
+    QString asked;
+    QTimer::singleShot(0, [&asked] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        asked = box->text() + " " + box->defaultButton()->text();
+        QTest::keyClick(box, Qt::Key_Return);
+    });
+    QTest::keyClick(finder.txtSearch, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(asked, "Vill du verkligen avsluta Mirelo? &Nej");
+    EXPECT_TRUE(!processEnded && Screen<mainApp>().isVisible());
+}
+
+// A dialog stands over the frame and is never minimised on its own, which would leave the frame
+// deaf to every click; the login, before the frame, stands alone.
+TEST_F(VisitScreensTest, every_dialog_is_the_frames_with_a_close_box_at_most) {
+    const auto window = [](QDialog &dialog) {
+        dialog.showMinimized();
+        QApplication::processEvents();
+        const Qt::WindowFlags flags = dialog.windowFlags();
+        const bool closeBox = flags.testFlag(Qt::WindowCloseButtonHint);
+        const QString shown = dialog.isMinimized() ? "minimised" : "shown";
+        dialog.hide();
+        return QString::asprintf("%s %s%s", qPrintable(dialog.objectName()), qPrintable(shown),
+                                 closeBox ? " with a close box" : "") +
+               (flags & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint) ? " and more"
+                                                                                      : "");
+    };
+    EXPECT_EQ(window(Screen<frmSplash>()), "frmSplash shown");
+    EXPECT_EQ(Screen<frmSplash>().parentWidget(), nullptr);
+    mainApp &frame = showFrame();
+    QStringList windows;
+    for (QDialog *dialog : std::initializer_list<QDialog *>{
+             &Screen<frmMedicalNote>(), &Screen<frmAllergicExtendedInfo>(),
+             &Screen<frmAllergicHistory>(), &Screen<frmPatInfo>(), &Screen<frmAbout>(),
+             &Screen<frmSettings>()}) {
+        EXPECT_EQ(dialog->parentWidget(), &frame) << dialog->objectName().toStdString();
+        windows << window(*dialog);
+    }
+    EXPECT_EQ(windows,
+              (QStringList{"frmMedicalNote shown", "frmAllergicExtendedInfo shown",
+                           "frmAllergicHistory shown with a close box",
+                           "frmPatInfo shown with a close box", "frmAbout shown with a close box",
+                           "frmSettings shown with a close box"}));
 }
 
 TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_itself_for_the_next) {
