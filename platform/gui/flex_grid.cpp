@@ -3,6 +3,7 @@
 #include "core/mirelo_error.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -139,8 +140,15 @@ FlexGrid::FlexGrid(QWidget *parent) : QTableWidget(parent) {
     fitRowsToFont();
 }
 
+// A row holds a line with room above it for the marks of a bold Å, Ä or Ö, which reach above
+// the font's ascent in small sizes, and as much below: a heading's text is centred.
 void FlexGrid::fitRowsToFont() {
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 3);
+    QFont bold = font();
+    bold.setBold(true);
+    const QFontMetrics metrics(bold);
+    const int above =
+        std::max(1, -metrics.tightBoundingRect(QStringLiteral("ÅÄÖ")).top() - metrics.ascent());
+    verticalHeader()->setDefaultSectionSize(metrics.height() + 1 + 2 * above);
 }
 
 void FlexGrid::changeEvent(QEvent *event) {
@@ -235,22 +243,37 @@ void FlexGrid::setHighLight(int highLight) {
     showSelection();
 }
 
-void FlexGrid::showSelection() {
+void FlexGrid::showSelection(bool movedByUser) {
     const QSignalBlocker quiet(this);
     clearSelection();
     // The current cell alone is no marking: a fill or a move by the program leaves it where
     // its last write stood, and that is not to look like a chosen row.
-    if (highLight_ != 0 && col_ != colSel_ && row_ >= fixedRows_ && row_ < rowCount()) {
+    const bool marked =
+        highLight_ != 0 && col_ != colSel_ && row_ >= fixedRows_ && row_ < rowCount();
+    if (marked) {
         setRangeSelected(QTableWidgetSelectionRange(row_, std::min(col_, colSel_), row_,
                                                     std::max(col_, colSel_)),
                          true);
     }
-    if (row_ < rowCount() && col_ < columnCount()) {
-        // The current row is brought into view; sideways the grid stays where the user left
-        // it, so the product's name doesn't slide away when the dosage column is made current.
+    // The list scrolls to the user's row and to a row the program marks, never after the cell
+    // that a fill wrote last: a refill leaves the list where it was, the newest products on top
+    // in sight. Sideways the grid stays where the user left it, so the product's name doesn't
+    // slide away when the dosage column is made current.
+    if ((movedByUser || marked) && row_ < rowCount() && col_ < columnCount()) {
+        settleLayout();
         const int across = horizontalScrollBar()->value();
         scrollTo(model()->index(row_, col_));
         horizontalScrollBar()->setValue(across);
+    }
+}
+
+// The view lays out its rows and shows or hides its scroll bars in a later turn of events; a
+// scroll made before that would leave the row under a scroll bar that comes, and the thumb
+// where it was. One bar shown can make the other needed, so this is done until it holds.
+void FlexGrid::settleLayout() {
+    for (int turn = 0; turn < 3; ++turn) {
+        executeDelayedItemsLayout();
+        QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     }
 }
 
@@ -428,18 +451,49 @@ QModelIndex FlexGrid::indexAt(const QPoint &at) const {
     return row >= 0 && col >= 0 ? model()->index(row, col) : QModelIndex();
 }
 
+// A row of the list is brought out from under the fixed rows, and whole above the bottom edge.
 void FlexGrid::scrollTo(const QModelIndex &index, ScrollHint hint) {
     QTableWidget::scrollTo(index, hint);
-    // A row of the list is brought out from under the fixed rows.
     QScrollBar *down = verticalScrollBar();
-    while (index.row() >= fixedRows_ && rowViewportPosition(index.row()) < fixedHeight() &&
-           down->value() > down->minimum()) {
+    if (index.row() < fixedRows_) {
+        return;
+    }
+    while (rowViewportPosition(index.row()) < fixedHeight() && down->value() > down->minimum()) {
         down->setValue(down->value() - 1);
     }
+    while (rowViewportPosition(index.row()) + rowHeight(index.row()) > viewport()->height() &&
+           rowViewportPosition(index.row()) > fixedHeight() && down->value() < down->maximum()) {
+        down->setValue(down->value() + 1);
+    }
+}
+
+// The list scrolls a row at a time under the fixed rows, and at every position the first row
+// shown stands whole just below them, however high it and the rows above it are: the scroll
+// position is the number of the list's rows scrolled away.
+void FlexGrid::alignListUnderFixedRows() {
+    const int first = fixedRows_ + verticalScrollBar()->value();
+    if (first < rowCount()) {
+        verticalHeader()->setOffset(verticalHeader()->sectionPosition(first) - fixedHeight());
+    }
+}
+
+void FlexGrid::updateGeometries() {
+    QTableWidget::updateGeometries();
+    // The last position is the first at which the list's last row shows whole.
+    const int room = viewport()->height() - fixedHeight();
+    const int end = verticalHeader()->length();
+    int last = 0;
+    while (fixedRows_ + last < rowCount() - 1 &&
+           end - verticalHeader()->sectionPosition(fixedRows_ + last) > room) {
+        ++last;
+    }
+    verticalScrollBar()->setRange(0, last);
+    alignListUnderFixedRows();
 }
 
 void FlexGrid::scrollContentsBy(int dx, int dy) {
     QTableWidget::scrollContentsBy(dx, dy);
+    alignListUnderFixedRows();
     // Scrolling moves the drawn picture, fixed cells and all: draw everything afresh.
     viewport()->update();
 }
@@ -542,7 +596,7 @@ void FlexGrid::moveByUser(int row, int col, int colSel) {
     row_ = row;
     col_ = col;
     colSel_ = colSel;
-    showSelection();
+    showSelection(true);
     if (moved) {
         emit SelChange();
     }

@@ -120,13 +120,16 @@ class FlexGrid : public QTableWidget {
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void updateGeometries() override;
 
   private:
     QTableWidgetItem *cell(int row, int col);
     const QTableWidgetItem *cellOrNull(int row, int col) const;
     void requireCell(int row, int col) const;
     void createCells(int fromRow, int fromCol);
-    void showSelection();
+    void showSelection(bool movedByUser = false);
+    void settleLayout();
+    void alignListUnderFixedRows();
     void moveByUser(int row, int col, int colSel);
     void noteMousePosition(const QPoint &at);
     bool isSecondPressOfDoubleClick(const QMouseEvent *event);

@@ -436,12 +436,24 @@ TEST_F(FlexGridTest, what_the_grid_draws_stands_whole_and_in_its_place) {
     QApplication::sendEvent(grid->viewport(), &move);
     EXPECT_EQ(events, QStringList{"MouseDown 1 0 at 0,4 " + current});
     EXPECT_EQ(std::pair(grid->MouseRow(), grid->MouseCol()), std::pair(38, 3));
-    // The keys bring a row out from under the fixed row.
+    // The keys bring a row out from under the fixed row, the thumb along at once; a move by
+    // the program alone scrolls nothing.
     grid->setRow(38);
     grid->setCol(2);
+    QScrollBar *scroll = grid->verticalScrollBar();
+    EXPECT_EQ(scroll->value(), scroll->maximum());
     QTest::keyClick(grid.get(), Qt::Key_Home);
     EXPECT_EQ(grid->Row(), 1);
-    EXPECT_GE(cell(1, 2).top(), cell(0, 2).bottom());
+    EXPECT_TRUE(cell(1, 2).top() > cell(0, 2).bottom() && scroll->value() == 0);
+    // However high its rows, the list shows its first row whole under the heading, and its
+    // last whole at the end.
+    grid->setRowHeightTwips(2, 3 * grid->RowHeight(2));
+    QTest::keyClick(grid.get(), Qt::Key_End);
+    EXPECT_TRUE(grid->Row() == 39 && cell(39, 2).bottom() < grid->viewport()->height());
+    for (int value = scroll->maximum(); value >= 0; --value) {
+        scroll->setValue(value);
+        EXPECT_EQ(grid->rowViewportPosition(1 + value), grid->rowHeight(0)) << value;
+    }
 }
 
 } // namespace

@@ -147,7 +147,7 @@ TEST_F(VisitScreensTest, every_dialog_is_the_frames_with_a_close_box_at_most) {
 
 TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_itself_for_the_next) {
     const std::string signature = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
-    std::vector<ProductFields> products(20, {.checked = "0"});
+    std::vector<ProductFields> products(30, {.checked = "0"});
     products[0] = {.id = "A_1", .atcCode = "B01AA03", .note = "Blödningsrisk", .allergic = "1"};
     products[0].insertedBy = products[0].takenOutBy = signature;
     products[1] = {.id = "B_1", .productName = "Levaxin", .atcCode = "H03AA01", .note = "Fasta"};
@@ -157,7 +157,10 @@ TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_its
     storePatient("202002022222", {});
     frmShowPatient &view = openPatient(Pnr);
     platform::FlexGrid *grid = view.FlexGrid;
-    EXPECT_EQ(grid->Rows(), 21);
+    EXPECT_EQ(grid->Rows(), 31);
+    // A refill, as after a prescription, leaves the list where it was: the top row in sight.
+    view.ReadPatientFolder(Pnr);
+    EXPECT_EQ(grid->rowViewportPosition(1), grid->rowHeight(0));
     EXPECT_EQ((std::vector<int>{grid->CellPictureAt(1, 1), grid->CellPictureAt(2, 0),
                                 grid->CellPictureAt(2, 1), grid->CellPictureAt(5, 2)}),
               (std::vector<int>{3, 7, 6, 2}));
@@ -188,7 +191,7 @@ TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_its
 
     // Past products hidden: the note is asked of the top one taken out, though its row went.
     view.chkMode->click();
-    EXPECT_TRUE(grid->Rows() == 21 && grid->TextMatrix(5, 3).isEmpty());
+    EXPECT_TRUE(grid->Rows() == 31 && grid->TextMatrix(5, 3).isEmpty());
     EXPECT_TRUE(grid->Row() == 1 && !view.Label11->isHidden());
     std::string noteOn;
     whileOpen<frmMedicalNote>([&noteOn](frmMedicalNote &note) {
