@@ -65,8 +65,7 @@ void frmAllergicHistory::listHistory(const std::string &pnr, const std::string &
     try {
         const std::string path = platform::GetFile(PatientFilePath(pnr)).Path;
         SetupHistoryGrid();
-        Frame1->setTitle(QStringLiteral("Historik för överkänslighet: ") +
-                         QString::fromStdString(name));
+        Frame1->setTitle(dataCaption("Historik för överkänslighet: " + name));
         const HistoryList list = ListAllergyHistory(path, regNr);
         for (size_t index = 0; index < list.rows.size(); ++index) {
             const int row = static_cast<int>(index) + 1;

@@ -103,6 +103,11 @@ frmExtendedInfo::frmExtendedInfo() {
     txtNoteSaved = makeControlAt<QLabel>(Frame1, "txtNoteSaved", QString(), 8040, 1370, 45, 195);
 
     showCaptionsWhole({Label4, Label1, Label2});
+    // Who changed a note and when show whole, up to the warning box and the saved mark.
+    txtNoteChanged->setMinimumWidth(txtNoteChanged->width());
+    txtNoteChanged->setMaximumWidth(chkAllergic->x() - txtNoteChanged->x());
+    Label3->setMinimumWidth(Label3->width());
+    Label3->setMaximumWidth(txtNoteSaved->x() - Label3->x());
 
     cmdClose = makeButton(this, "cmdClose", QStringLiteral("Återgå"), 10680, 7080, 975, 270);
     Label18 = makeControlAt<QLabel>(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770,
@@ -137,7 +142,7 @@ frmExtendedInfo::frmExtendedInfo() {
 
 void frmExtendedInfo::Form_Load() {
     move(0, 0);
-    txtLoggedIn->setText(QString::fromStdString(session().gSignature));
+    showLoggedIn(Label18, txtLoggedIn, session().gSignature);
 }
 
 // Leaving a box is the focus going to another control of the program; a window that merely
@@ -193,7 +198,7 @@ void frmExtendedInfo::FillFlexGrid(const extended_info::Fill &fill) {
         FlexGrid->Clear();
         SetupFlexGrid();
         if (fill.frame1Caption) {
-            Frame1->setTitle(QString::fromStdString(*fill.frame1Caption));
+            Frame1->setTitle(dataCaption(*fill.frame1Caption));
         }
         if (fill.text1) {
             setTag(Text1, NoChange);
@@ -201,7 +206,7 @@ void frmExtendedInfo::FillFlexGrid(const extended_info::Fill &fill) {
             setTag(Text1, QString());
         }
         if (fill.label3) {
-            Label3->setText(QString::fromStdString(*fill.label3));
+            showValue(Label3, QString::fromStdString(*fill.label3));
         }
         if (FlexGrid->Rows() < fill.gridRows) {
             FlexGrid->setRows(fill.gridRows);
@@ -247,7 +252,7 @@ void frmExtendedInfo::FlexGrid_SelChange() {
         cmdDeleteNote->setVisible(true);
         chkAllergic->setEnabled(true);
         setTag(txtNoteChanged, QString::fromStdString(product->id));
-        Frame2->setTitle(QString::fromStdString(product->frame2Caption));
+        Frame2->setTitle(dataCaption(product->frame2Caption));
         setTag(Text2, NoChange);
         setBoxText(Text2, product->text2);
         setTag(Text2, QString());
@@ -255,7 +260,7 @@ void frmExtendedInfo::FlexGrid_SelChange() {
         setTag(chkAllergic, NoClick);
         chkAllergic->setChecked(product->allergic);
         setTag(chkAllergic, QString());
-        txtNoteChanged->setText(QString::fromStdString(product->txtNoteChanged));
+        showValue(txtNoteChanged, QString::fromStdString(product->txtNoteChanged));
         SelectFlexGridRow(FlexGrid, FlexGrid->Row());
         return;
     }
@@ -324,14 +329,14 @@ void frmExtendedInfo::SelectFlexGridID(const std::string &id, const std::string 
 void frmExtendedInfo::SaveGeneralInfo() {
     const GeneralInfoMarks marks{
         [this](const std::string &tag) { setTag(Text1, QString::fromStdString(tag)); },
-        [this](const std::string &caption) { Label3->setText(QString::fromStdString(caption)); }};
+        [this](const std::string &caption) { showValue(Label3, QString::fromStdString(caption)); }};
     mirelo::SaveGeneralInfo(Pnr, BoxText(Text1), session().gSignature, marks);
 }
 
 void frmExtendedInfo::SaveProductNote() {
     mirelo::SaveProductNote(Pnr, Tag(txtNoteChanged).toStdString(), BoxText(Text2),
                             session().gSignature, [this](const std::string &caption) {
-                                txtNoteChanged->setText(QString::fromStdString(caption));
+                                showValue(txtNoteChanged, QString::fromStdString(caption));
                             });
 }
 

@@ -95,7 +95,7 @@ frmMain::frmMain() {
 }
 
 void frmMain::Form_Load() {
-    txtLoggedIn->setText(QString::fromStdString(session().gSignature));
+    showLoggedIn(Label18, txtLoggedIn, session().gSignature);
 }
 
 bool frmMain::eventFilter(QObject *watched, QEvent *event) {

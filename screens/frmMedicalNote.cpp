@@ -65,7 +65,7 @@ void frmMedicalNote::ReadPatientFile(const std::string &id, const std::string &p
     ID = id;
     Pnr = pnr;
     const MedicalNoteView view = ReadMedicalNoteView(Pnr, ID);
-    Frame1->setTitle(QString::fromStdString(view.frame1Caption));
+    Frame1->setTitle(dataCaption(view.frame1Caption));
     setBoxText(txtExtendedMedicalInfo, view.note);
     // Filling the box is not the user's click: no reason is asked for.
     setTag(chkAllergic, NoClick);

@@ -26,6 +26,11 @@ frmPatInfo::frmPatInfo() {
                                    195);
     txtZipCity = makeControlAt<QLabel>(Frame1, "txtZipCity", QString(), 960, 1440, 2895, 255);
     showCaptionsWhole({Label1, Label2, Label4, Label5});
+    for (const auto &[caption, value] :
+         {std::pair{Label1, txtPnr}, std::pair{Label2, txtName}, std::pair{Label4, txtAddress},
+          std::pair{Label5, txtZipCity}}) {
+        keepValueApart(caption, value);
+    }
     cmdOK = makeControl<QPushButton>(this, "cmdOK", QStringLiteral("OK"));
     placeTwips(cmdOK, 4200, 2160, 735, 255);
     cmdOK->setDefault(true);

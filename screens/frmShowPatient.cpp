@@ -49,13 +49,6 @@ QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top,
     return label;
 }
 
-// A text that doesn't fit is cut at the label's edge and shown whole as its tooltip.
-void setGrowingText(QLabel *label, const std::string &text) {
-    label->setText(QString::fromStdString(text));
-    label->adjustSize();
-    label->setToolTip(label->sizeHint().width() > label->width() ? label->text() : QString());
-}
-
 // The seven pictures of the grid, by their place from 1: tick, empty box, warning, two unused
 // letters, note, allergy history.
 std::vector<QPixmap> ImageList1() {
@@ -185,7 +178,7 @@ frmShowPatient::frmShowPatient() {
 
 void frmShowPatient::Form_Load() {
     move(px(250), px(200));
-    txtLoggedIn->setText(QString::fromStdString(session().gSignature));
+    showLoggedIn(Label18, txtLoggedIn, session().gSignature);
     cmdNote->show();
     cmdExtInfo->hide();
 }
@@ -241,10 +234,10 @@ void frmShowPatient::showOverview(const MedicationOverview &overview) {
             FlexGrid->setRows(overview.gridRows);
         }
         if (overview.txtPnr) {
-            setGrowingText(txtPnr, *overview.txtPnr);
+            showValue(txtPnr, QString::fromStdString(*overview.txtPnr));
         }
         if (overview.txtFName) {
-            setGrowingText(txtFName, *overview.txtFName);
+            showValue(txtFName, QString::fromStdString(*overview.txtFName));
         }
         FlexGrid->writeCellsTogether([&] {
             for (size_t index = 0; index < overview.rows.size(); ++index) {
@@ -289,11 +282,11 @@ void frmShowPatient::FlexGrid_SelChange() {
     if (!panel) {
         return;
     }
-    Frame1->setTitle(QString::fromStdString(panel->frame1Caption));
-    setGrowingText(Label12, panel->label12);
-    setGrowingText(Label16, panel->label16);
-    setGrowingText(Label13, panel->label13);
-    setGrowingText(Label17, panel->label17);
+    Frame1->setTitle(dataCaption(panel->frame1Caption));
+    showValue(Label12, QString::fromStdString(panel->label12));
+    showValue(Label16, QString::fromStdString(panel->label16));
+    showValue(Label13, QString::fromStdString(panel->label13));
+    showValue(Label17, QString::fromStdString(panel->label17));
     cmdAllergicHistory->setVisible(panel->cmdAllergicHistoryVisible);
     if (panel->warningLineVisible) {
         Label11->setVisible(*panel->warningLineVisible);

@@ -30,6 +30,39 @@ void showCaptionsWhole(std::initializer_list<QLabel *> captions) {
     }
 }
 
+void showValue(QLabel *value, const QString &text) {
+    value->setText(text);
+    value->adjustSize();
+    value->setToolTip(value->sizeHint().width() > value->width() ? text : QString());
+}
+
+void keepValueApart(const QLabel *caption, QWidget *value) {
+    const QFontMetrics metrics = caption->fontMetrics();
+    const int textEnd = caption->x() + caption->contentsRect().left() +
+                        metrics.horizontalAdvance(caption->text()) + metrics.horizontalAdvance(' ');
+    if (textEnd > value->x()) {
+        value->setGeometry(textEnd, value->y(), value->x() + value->width() - textEnd,
+                           value->height());
+    }
+}
+
+void showLoggedIn(QLabel *caption, QLabel *value, const std::string &signature) {
+    const int screenWidth = value->parentWidget()->width();
+    const int margin = px(120);
+    value->setText(QString::fromStdString(signature));
+    const int beyond = value->x() + value->sizeHint().width() - (screenWidth - margin);
+    const int shift = std::clamp(beyond, 0, std::max(0, caption->x() - screenWidth / 2));
+    caption->move(caption->x() - shift, caption->y());
+    value->move(value->x() - shift, value->y());
+    value->setMinimumWidth(value->width());
+    value->setMaximumWidth(screenWidth - margin - value->x());
+    showValue(value, value->text());
+}
+
+QString dataCaption(const std::string &text) {
+    return QString::fromStdString(text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
 void centreOnOwner(QWidget *dialog, const QWidget *owner) {
     dialog->move(owner->frameGeometry().center() - dialog->rect().center());
 }

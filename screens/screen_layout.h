@@ -7,6 +7,7 @@
 #include <QString>
 #include <QWidget>
 #include <initializer_list>
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -22,6 +23,19 @@ constexpr int px(int twips) {
 void placeTwips(QWidget *control, int left, int top, int width, int height);
 // Captions measured in the narrower font of their time keep their place and show whole.
 void showCaptionsWhole(std::initializer_list<QLabel *> captions);
+// A value grows to its text from its designed width as far as its maximum width; a text cut
+// there is shown whole as its tooltip.
+void showValue(QLabel *value, const QString &text);
+// A value stands at least a blank's width right of its caption's text: where a caption shown
+// whole reaches further than it was designed to, the value moves right, its right edge kept.
+void keepValueApart(const QLabel *caption, QWidget *value);
+// Who is logged in, on a screen's bottom line: the value grows to the screen's right margin, and
+// where that is not enough, caption and value move left together, as far as the middle.
+void showLoggedIn(QLabel *caption, QLabel *value, const std::string &signature);
+// A caption made from the patient's data shows its text as it stands: an "&" in it, as in the
+// maker "Johnson & Johnson", is no mark of a shortcut key.
+QString dataCaption(const std::string &text);
+
 // A client area of the designed size in twips.
 void sizeTwips(QWidget *screen, int width, int height);
 

@@ -148,7 +148,11 @@ TEST_F(VisitScreensTest, every_dialog_is_the_frames_with_a_close_box_at_most) {
 TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_itself_for_the_next) {
     const std::string signature = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
     std::vector<ProductFields> products(30, {.checked = "0"});
-    products[0] = {.id = "A_1", .atcCode = "B01AA03", .note = "Blödningsrisk", .allergic = "1"};
+    products[0] = {.id = "A_1",
+                   .companyName = "Johnson &amp; Johnson",
+                   .atcCode = "B01AA03",
+                   .note = "Blödningsrisk",
+                   .allergic = "1"};
     products[0].insertedBy = products[0].takenOutBy = signature;
     products[1] = {.id = "B_1", .productName = "Levaxin", .atcCode = "H03AA01", .note = "Fasta"};
     products[1].allergicHistory = "1";
@@ -161,6 +165,9 @@ TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_its
     // A refill, as after a prescription, leaves the list where it was: the top row in sight.
     view.ReadPatientFolder(Pnr);
     EXPECT_EQ(grid->rowViewportPosition(1), grid->rowHeight(0));
+    // The maker's "&" is no shortcut mark in the caption.
+    EXPECT_EQ(view.Frame1->title().toStdString(),
+              "Alvedon Tablett 500 mg Johnson && Johnson, ordinerat av: Doktor Ek");
     EXPECT_EQ((std::vector<int>{grid->CellPictureAt(1, 1), grid->CellPictureAt(2, 0),
                                 grid->CellPictureAt(2, 1), grid->CellPictureAt(5, 2)}),
               (std::vector<int>{3, 7, 6, 2}));
@@ -373,6 +380,15 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
     ASSERT_TRUE(view.isVisible() && !finder.isVisible());
     standsWhole(view);
     EXPECT_EQ(QApplication::focusWidget(), grid);
+    // Who is logged in shows whole on the screen's line, apart from its caption.
+    for (QWidget *screen : std::initializer_list<QWidget *>{&finder, &view}) {
+        const QLabel *caption = screen->findChild<QLabel *>("Label18");
+        const QLabel *value = screen->findChild<QLabel *>("txtLoggedIn");
+        EXPECT_TRUE(value->width() >= value->sizeHint().width() &&
+                    value->geometry().right() < screen->width() &&
+                    caption->x() + caption->sizeHint().width() <= value->x())
+            << screen->objectName().toStdString();
+    }
     EXPECT_EQ((QStringList{view.txtPnr->text(), view.txtFName->text(), view.Frame1->title()}),
               (QStringList{"191212121212", " Åström",
                            "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor Ek"}));
