@@ -4,6 +4,7 @@
 #include "platform/heap.h"
 #include "platform/http_request.h"
 #include "platform/process_browser.h"
+#include "platform/translations/swedish_qt_texts.h"
 #include "platform/xml_document.h"
 #include "screens/frmSplash.h"
 #include "screens/screen_instance.h"
@@ -12,6 +13,7 @@ int main(int argc, char **argv) {
     mirelo::platform::initialiseHeap();
     mirelo::platform::initialiseXml();
     mirelo::platform::MireloApplication application(argc, argv);
+    mirelo::platform::installSwedishQtTexts(application);
     mirelo::platform::initialiseHttp();
     mirelo::platform::installWidgetMessageBox();
     mirelo::app::ApplyCommandLine(application);

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonValue>
 #include <QUrl>
+#include <QWebEngineSettings>
 
 namespace mirelo::browser {
 namespace {
@@ -13,6 +14,20 @@ namespace {
 namespace protocol = platform::browser_protocol;
 
 constexpr int ReadyStateLoading = 1;
+
+// A load the service or the way to it refused; not one that a new one replaced.
+bool unreachable(const QWebEngineLoadingInfo &load) {
+    switch (load.errorDomain()) {
+    case QWebEngineLoadingInfo::ConnectionErrorDomain:
+    case QWebEngineLoadingInfo::DnsErrorDomain:
+    case QWebEngineLoadingInfo::CertificateErrorDomain:
+    case QWebEngineLoadingInfo::HttpErrorDomain:
+    case QWebEngineLoadingInfo::HttpStatusCodeDomain:
+        return true;
+    default:
+        return false;
+    }
+}
 constexpr int ReadyStateComplete = 4;
 
 } // namespace
@@ -20,12 +35,38 @@ constexpr int ReadyStateComplete = 4;
 DrivenBrowser::DrivenBrowser(const QString &channel) {
     view_.setPage(&page_);
     view_.setWindowTitle(QStringLiteral("Korvalo"));
-    connect(&page_, &QWebEnginePage::loadStarted, this, [this] { complete_ = false; });
-    connect(&page_, &QWebEnginePage::loadFinished, this, [this] { complete_ = true; });
+    // A page that can't be had is told in Swedish by a page of our own, not the engine's.
+    page_.settings()->setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
+    connect(&page_, &QWebEnginePage::loadingChanged, this,
+            [this](const QWebEngineLoadingInfo &load) {
+                if (load.status() == QWebEngineLoadingInfo::LoadStartedStatus) {
+                    complete_ = false;
+                } else if (load.status() == QWebEngineLoadingInfo::LoadFailedStatus &&
+                           unreachable(load)) {
+                    // Complete only when the page of our own has come.
+                    showUnreachablePage(load);
+                } else {
+                    complete_ = true;
+                }
+            });
     connect(&socket_, &QLocalSocket::readyRead, this, &DrivenBrowser::readRequests);
     connect(&socket_, &QLocalSocket::disconnected, this, &DrivenBrowser::letGo);
     socket_.connectToServer(channel);
     socket_.waitForConnected();
+}
+
+void DrivenBrowser::showUnreachablePage(const QWebEngineLoadingInfo &failure) {
+    const QString reason =
+        failure.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain
+            ? QStringLiteral("Tjänsten svarade med felkod %1.").arg(failure.errorCode())
+            : QStringLiteral("Tjänsten kan inte nås just nu.");
+    page_.setHtml(QStringLiteral("<!DOCTYPE html><html lang=\"sv\"><head><meta charset=\"utf-8\">"
+                                 "<title>Korvalo kan inte visas</title></head><body>"
+                                 "<h1>Sidan kan inte visas</h1><p>%1</p><p>Kontrollera "
+                                 "internetförbindelsen och försök igen från Mirelo.</p>"
+                                 "</body></html>")
+                      .arg(reason),
+                  failure.url());
 }
 
 void DrivenBrowser::readRequests() {

@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QLocalSocket>
 #include <QObject>
+#include <QWebEngineLoadingInfo>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
 #include <QWebEngineView>
@@ -25,6 +26,7 @@ class DrivenBrowser : public QObject {
     void answer(QJsonObject reply);
     QJsonObject status() const;
     void letGo();
+    void showUnreachablePage(const QWebEngineLoadingInfo &failure);
 
     // The profile is declared first so that it outlives its page.
     QWebEngineProfile profile_;

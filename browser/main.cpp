@@ -1,7 +1,9 @@
 #include "driven_browser.h"
 #include "platform/browser_protocol.h"
+#include "platform/translations/swedish_qt_texts.h"
 
 #include <QApplication>
+#include <QLocale>
 #include <QStringList>
 #include <unistd.h>
 
@@ -11,7 +13,10 @@ int main(int argc, char **argv) {
     setsid();
     // Qt WebEngine shares the application's OpenGL contexts; set before the application.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    // The engine's own words (a form's warnings, a date's picker) follow the default language.
+    QLocale::setDefault(QLocale(QLocale::Swedish, QLocale::Sweden));
     QApplication application(argc, argv);
+    mirelo::platform::installSwedishQtTexts(application);
     const QStringList arguments = QApplication::arguments();
     const qsizetype option =
         arguments.indexOf(QString::fromLatin1(mirelo::platform::browser_protocol::ChannelOption));

@@ -2,10 +2,12 @@
 #include "korvalo_process.h"
 #include "platform/gui/folder_picker.h"
 #include "platform/gui/widget_message_box.h"
+#include "platform/translations/swedish_qt_texts.h"
 #include "screen_test.h"
 #include "scripted_browser.h"
 #include "web_client.h"
 
+#include <QFileDialog>
 #include <QMdiArea>
 #include <QMessageBox>
 #include <QToolButton>
@@ -311,6 +313,23 @@ TEST_F(VisitScreensTest, the_settings_dialog_keeps_file_and_session_but_on_a_goo
     EXPECT_EQ(pick(appDir() + "/saknas/vald"), appDir() + "/saknas/vald/");
     EXPECT_EQ(said(), Texts{"[] Välj korrekt sökväg till en katalog. Sökvägen hittades inte"});
     EXPECT_EQ(pick(appDir() + "/vald"), appDir() + "/vald/");
+    // The picker itself speaks Swedish.
+    platform::installSwedishQtTexts(*qApp);
+    QStringList picker;
+    QTimer::singleShot(0, [&picker] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        for (const QWidget *control : dialog->findChildren<QWidget *>()) {
+            if (const auto *label = qobject_cast<const QLabel *>(control)) {
+                picker << label->text();
+            } else if (const auto *button = qobject_cast<const QPushButton *>(control)) {
+                picker << button->text();
+            }
+        }
+        dialog->reject();
+    });
+    Screen<frmSettings>().cmdBrowse->click();
+    EXPECT_EQ(picker.join("|").toStdString(), "Sök i:|Katalog:|Öppna|Avbryt|Filer av typen:");
     QTest::keyClick(&Screen<frmSettings>(), Qt::Key_Escape);
     unloadNow();
     EXPECT_FALSE(IsLoaded<frmSettings>());

@@ -552,6 +552,9 @@ TEST_F(BrowserHandoffTest, no_form_a_closed_port_or_a_browser_that_never_answers
     SubmitPatientPnr("1912");
     EXPECT_EQ(said(), Texts(5, "[stop] Kunde inte ansluta till Korvalos server. Kontrollera din "
                                "internetförbindelse."));
+    // Where the service can't be reached, the browser says so in Swedish, on a page of its own.
+    EXPECT_THAT(browsers.script(3, "document.body.innerText").toString().toStdString(),
+                HasSubstr("Tjänsten kan inte nås just nu."));
     EXPECT_EQ(pages.postsReceived + pages.wrongFormPosts, 0);
 }
 
