@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, lays out Mirelo with its inbox and data folder, starts the
 # stand-in Korvalo service on this machine with a few sample prescriptions, and starts Mirelo.
-# The service stops when Mirelo ends.
+# The service runs until Mirelo has ended and the last browser window it opened is closed, or
+# until Ctrl+C ends the demo.
 set -euo pipefail
 here="$(cd "$(dirname "$0")/.." && pwd)"
 port="${KORVALO_PORT:-8642}"
@@ -45,7 +46,25 @@ fi
 
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
   echo "No display found: starting Mirelo under a virtual X server." >&2
-  xvfb-run -a "$install_dir/mirelo"
+  xvfb-run -a "$install_dir/mirelo" || true
 else
-  "$install_dir/mirelo"
+  "$install_dir/mirelo" || true
+fi
+
+# A browser window that Mirelo opened outlives it, and its pages still post to the service.
+browser_open() {
+  local exe
+  for exe in /proc/[0-9]*/exe; do
+    if [ "$(readlink "$exe" 2>/dev/null)" = "$install_dir/mirelo-browser" ]; then
+      return 0
+    fi
+  done
+  return 1
+}
+if browser_open; then
+  echo "Mirelo has ended; the service runs on until the last browser window is closed." >&2
+  echo "Press Ctrl+C to end the demo now." >&2
+  while browser_open; do
+    sleep 2
+  done
 fi
