@@ -38,13 +38,13 @@ QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int
 }
 
 // The panel's value labels grow to their text from their designed width; where a caption
-// follows on the same line, no further than its left edge.
+// follows on the same line, no further than a gap before it.
 QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top,
                        std::optional<int> nextCaptionLeft = std::nullopt) {
     QLabel *label = makeLabel(parent, name, QString(), left, top, 60, 195);
     label->setMinimumWidth(px(60));
     if (nextCaptionLeft) {
-        label->setMaximumWidth(px(*nextCaptionLeft - left));
+        label->setMaximumWidth(px(*nextCaptionLeft - 120 - left));
     }
     return label;
 }

@@ -1,11 +1,13 @@
-// Saves pictures of the login screen, the main frame, the medication view (also scrolled), the
-// dialogs of notes and warnings, the extended information, the patient details, About and the
-// settings, for a review of the look. Works in a temporary application directory with a made-up
-// patient.
+// Saves pictures of the login screen, the main frame, the medication view (also scrolled, and
+// refilled), the detail panel of a product, the dialogs of notes and warnings, the extended
+// information, the patient details, About, the settings and the folder picker, for a review of
+// the look. Works in a temporary application directory with a made-up patient.
+#include "platform/translations/swedish_qt_texts.h"
 #include "records/note_records.h"
 #include "screen_test.h"
 
 #include <QDir>
+#include <QFileDialog>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -30,6 +32,7 @@ int main(int argc, char **argv) {
     const QString target = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
     QDir().mkpath(target);
     support::ensureGuiApplication();
+    platform::installSwedishQtTexts(*qApp);
     QTemporaryDir appDir;
     setApplicationDirectoryForTesting(appDir.path().toStdString());
     QDir(appDir.path()).mkpath(QStringLiteral("data"));
@@ -41,8 +44,8 @@ int main(int argc, char **argv) {
 
     session().gDataPath = settings.dataPath.value();
     session().gSignature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
-    // Twenty products, so the list scrolls under its fixed row, and a signature long enough
-    // to reach the next caption of the detail panel.
+    // Thirty products, so the list scrolls under its fixed row, one of a maker with an "&", and
+    // a signature long enough to reach the next caption of the detail panel.
     std::vector<support::ProductFields> products{
         {.id = "S2_1",
          .regNr = "19650101",
@@ -60,8 +63,10 @@ int main(int argc, char **argv) {
          .noteBy = "Dr. Karin Lindqvist",
          .noteTimestamp = "2026-02-03 10:15:00",
          .allergicHistory = "1"}};
-    for (int number = 1; number < 20; ++number) {
+    for (int number = 1; number < 30; ++number) {
         products.push_back({.id = "S1_" + std::to_string(number),
+                            .productName = number == 2 ? "Ipren" : "Alvedon",
+                            .companyName = number == 2 ? "Johnson &amp; Johnson" : "Orion",
                             .atcCode = "N02BE0" + std::to_string(number % 10),
                             .checked = number < 4 ? "1" : "0",
                             .note = number == 3 ? "Tas med mat" : "",
@@ -84,6 +89,14 @@ int main(int argc, char **argv) {
     view.FlexGrid->verticalScrollBar()->setValue(view.FlexGrid->verticalScrollBar()->maximum());
     view.FlexGrid->horizontalScrollBar()->setValue(view.FlexGrid->horizontalScrollBar()->maximum());
     saved = save(frame, target + QStringLiteral("/medication_view_scrolled.png")) && saved;
+    // The refill after a prescription keeps the list where it was, its top row in sight.
+    view.FlexGrid->verticalScrollBar()->setValue(0);
+    view.FlexGrid->horizontalScrollBar()->setValue(0);
+    view.ReadPatientFolder("191212121212");
+    saved = save(frame, target + QStringLiteral("/medication_view_refilled.png")) && saved;
+    view.FlexGrid->setRow(3);
+    view.FlexGrid_SelChange();
+    saved = save(frame, target + QStringLiteral("/detail_panel.png")) && saved;
 
     SaveAllergicHistory("191212121212", "S2_1", 1,
                         "Utslag och klåda efter första dosen, bekräftat vid återbesök på "
@@ -128,5 +141,11 @@ int main(int argc, char **argv) {
     saved = save(details, target + QStringLiteral("/patient_details.png")) && saved;
     saved = save(Screen<frmAbout>(), target + QStringLiteral("/about.png")) && saved;
     saved = save(Screen<frmSettings>(), target + QStringLiteral("/settings.png")) && saved;
+    // The folder picker as the settings' Bläddra shows it.
+    QFileDialog picker(&Screen<frmSettings>(), QStringLiteral("Välj en katalog"), appDir.path());
+    picker.setFileMode(QFileDialog::Directory);
+    picker.setOption(QFileDialog::ShowDirsOnly);
+    picker.show();
+    saved = save(picker, target + QStringLiteral("/folder_picker.png")) && saved;
     return saved ? 0 : 1;
 }
