@@ -19,20 +19,24 @@ char32_t decodeByte(unsigned char byte) {
     return byte >= 0x80 && byte < 0xA0 ? HighControls[byte - 0x80] : char32_t(byte);
 }
 
-unsigned char encodeCharacter(char32_t c) {
+} // namespace
+
+int16_t CodePageCode(char32_t c) {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
-        return static_cast<unsigned char>(c);
+        return static_cast<int16_t>(c);
     }
-    static const std::unordered_map<char32_t, unsigned char> high = [] {
-        std::unordered_map<char32_t, unsigned char> map;
+    static const std::unordered_map<char32_t, int16_t> high = [] {
+        std::unordered_map<char32_t, int16_t> map;
         for (size_t i = 0; i < HighControls.size(); ++i) {
-            map[HighControls[i]] = static_cast<unsigned char>(0x80 + i);
+            map[HighControls[i]] = static_cast<int16_t>(0x80 + i);
         }
         return map;
     }();
     const auto found = high.find(c);
-    return found == high.end() ? '?' : found->second;
+    return found == high.end() ? int16_t{-1} : found->second;
 }
+
+namespace {
 
 // A byte's character as UTF-8: one to three bytes.
 struct Utf8Sequence {
@@ -80,8 +84,9 @@ const ByteRecoding &unchanged() {
     return identity;
 }
 
-// The character that starts at utf8[i] as its code-page byte, and how many bytes it took.
-unsigned char codePageByteAt(const std::string &utf8, size_t i, size_t &length) {
+// The character that starts at utf8[i] as its code-page byte, or -1 for one the code page lacks
+// or bytes that are no character, and how many bytes it took.
+int16_t codePageCodeAt(const std::string &utf8, size_t i, size_t &length) {
     const auto lead = static_cast<unsigned char>(utf8[i]);
     length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
     if (lead >= 0x80 && lead < 0xC0) {
@@ -98,7 +103,7 @@ unsigned char codePageByteAt(const std::string &utf8, size_t i, size_t &length) 
         }
         c = (c << 6) | (next & 0x3F);
     }
-    return valid ? encodeCharacter(c) : '?';
+    return valid ? CodePageCode(c) : int16_t{-1};
 }
 
 // A recoded byte's character as UTF-8, kept in four bytes so that every one is copied alike;
@@ -152,8 +157,8 @@ size_t recodeToCodePage(const std::string &utf8, char *const start, const ByteRe
             }
         }
         size_t length = 1;
-        const unsigned char byte = in[i] < 0x80 ? in[i] : codePageByteAt(utf8, i, length);
-        const int16_t code = recoding[byte];
+        const int16_t byte = in[i] < 0x80 ? int16_t{in[i]} : codePageCodeAt(utf8, i, length);
+        const int16_t code = byte < 0 ? byte : recoding[byte];
         placeless |= code;
         *out++ = static_cast<char>(code);
         i += length;

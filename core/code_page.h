@@ -13,7 +13,8 @@ using ByteRecoding = std::array<int16_t, 256>;
 
 // The Western single-byte code page (Windows-1252) in which patient files are stored.
 // Every byte decodes: the five bytes the code page leaves unassigned map to the C1 controls
-// of the same value. A character the code page doesn't hold becomes "?".
+// of the same value. A character the code page doesn't hold fails the conversion with run-time
+// error 5, as a byte without a place does: nothing stands in for it.
 std::string Utf8ToCodePage(const std::string &utf8);
 std::string CodePageToUtf8(const std::string &bytes);
 
@@ -23,5 +24,8 @@ std::string Utf8ToCodePage(const std::string &utf8, const ByteRecoding &recoding
 // The same in the text's own buffer, which a file's whole text spares a second one.
 std::string Utf8ToCodePage(std::string &&utf8, const ByteRecoding &recoding);
 std::string CodePageToUtf8(const std::string &bytes, const ByteRecoding &recoding);
+
+// The character's byte in the code page, or -1 where the code page doesn't hold it.
+int16_t CodePageCode(char32_t c);
 
 } // namespace mirelo

@@ -32,6 +32,11 @@ std::string ScrambleText(std::string &&plainText) {
     return Utf8ToCodePage(std::move(plainText), scrambling());
 }
 
+bool CanScramble(char32_t c) {
+    const int16_t code = CodePageCode(c);
+    return code >= 0 && scrambling()[code] >= 0;
+}
+
 std::string UnscrambleText(const std::string &storedText) {
     static const ByteRecoding unscramble = shiftTable(false);
     return CodePageToUtf8(storedText, unscramble);

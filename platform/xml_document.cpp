@@ -6,9 +6,13 @@
 #include "platform/parse_failure_reason.h"
 #include "platform/xml_serialising.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <libxml/chvalid.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
+#include <libxml/xmlstring.h>
 #include <libxml/xpath.h>
 #include <memory>
 #include <mutex>
@@ -42,6 +46,32 @@ xmlNodePtr checked(xmlNodePtr node) {
 
 const xmlChar *xc(const std::string &text) {
     return reinterpret_cast<const xmlChar *>(text.c_str());
+}
+
+// A document holding a control character is one that no XML reader takes back, so a patient
+// file would stay unreadable for good: such text is refused whoever hands it in, and named, so
+// that the user learns what to take out.
+const std::string &carriable(const std::string &text) {
+    const auto *bytes = reinterpret_cast<const unsigned char *>(text.data());
+    for (size_t i = 0; i < text.size();) {
+        if (bytes[i] >= 0x20 && bytes[i] < 0x80) {
+            ++i;
+            continue;
+        }
+        int length = static_cast<int>(std::min<size_t>(text.size() - i, 4));
+        const int c = xmlGetUTF8Char(bytes + i, &length);
+        if (c < 0) {
+            runtime::raise(runtime::InvalidArgument);
+        }
+        if (!IsXmlCharacter(static_cast<char32_t>(c))) {
+            char name[16];
+            std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(c));
+            throw MireloError(runtime::InvalidArgument,
+                              "Tecknet " + std::string(name) + " kan inte sparas.");
+        }
+        i += static_cast<size_t>(length);
+    }
+    return text;
 }
 
 std::string fromXmlChar(xmlChar *owned) {
@@ -214,6 +244,10 @@ std::string declaredEncoding(xmlDocPtr doc) {
 
 } // namespace
 
+bool IsXmlCharacter(char32_t c) {
+    return xmlIsCharQ(c);
+}
+
 void initialiseXml() {
     static std::once_flag once;
     std::call_once(once, [] {
@@ -245,14 +279,14 @@ std::string XmlNode::text() const {
 
 void XmlNode::setText(const std::string &value) const {
     if (checked(node_)->type != XML_ELEMENT_NODE) {
-        xmlNodeSetContent(node_, xc(value));
+        xmlNodeSetContent(node_, xc(carriable(value)));
         return;
     }
     detachChildren(node_);
     if (!value.empty()) {
         // A text node holds its content raw, line ends and all; escaping happens when the
         // document is written.
-        xmlAddChild(node_, xmlNewDocText(node_->doc, xc(value)));
+        xmlAddChild(node_, xmlNewDocText(node_->doc, xc(carriable(value))));
     }
 }
 
@@ -269,7 +303,7 @@ XmlNode XmlNode::appendChild(XmlNode child) const {
 
 XmlNode XmlNode::appendElement(const char *name, const std::string &text) const {
     xmlNodePtr element = xmlNewDocRawNode(checked(node_)->doc, nullptr, BAD_CAST name,
-                                          text.empty() ? nullptr : xc(text));
+                                          text.empty() ? nullptr : xc(carriable(text)));
     return XmlNode(xmlAddChild(node_, element));
 }
 
@@ -667,6 +701,10 @@ XmlNode XmlDocument::asNode() const {
 
 std::string XmlDocument::xml() const {
     return SerialisedXml(reinterpret_cast<xmlNodePtr>(doc_), "UTF-8");
+}
+
+std::string XmlDocument::xml(CharacterTest keeps) const {
+    return SerialisedXml(reinterpret_cast<xmlNodePtr>(doc_), "UTF-8", keeps);
 }
 
 } // namespace mirelo::platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/xml_serialising.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -38,6 +40,9 @@ class XmlNode {
 
     std::string nodeName() const;
     std::string text() const;
+    // Text that XML 1.0 can't carry (see IsXmlCharacter), or bytes that are no UTF-8, would leave
+    // a document no reader takes back: they are refused with run-time error 5 naming the
+    // character, here and in appendElement, and the tree stays as it was.
     void setText(const std::string &value) const;
     std::string xml() const;
 
@@ -135,6 +140,9 @@ class XmlDocument {
     elementsAnywhere(std::initializer_list<std::string_view> names) const;
     // The whole document as UTF-8 text, its declaration first.
     std::string xml() const;
+    // The same with every character of element text that `keeps` refuses written as a character
+    // reference.
+    std::string xml(CharacterTest keeps) const;
 
     XmlNode asNode() const;
 
@@ -160,6 +168,10 @@ class XmlDocument {
 
 // Builds the declaration every document of ours opens with.
 inline constexpr const char *DeclarationData = R"(version="1.0" encoding="ISO-8859-1")";
+
+// Whether XML 1.0 can carry the character: tab, line feed, carriage return and everything from
+// the blank up, but the surrogates, U+FFFE and U+FFFF.
+bool IsXmlCharacter(char32_t c);
 
 // libxml2's global set-up; call once at start, before any other thread touches XML.
 void initialiseXml();

@@ -3,10 +3,14 @@
 #include "core/mirelo_error.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstring>
+#include <libxml/chvalid.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
 #include <libxml/xmlsave.h>
+#include <libxml/xmlstring.h>
 #include <string_view>
 #include <strings.h>
 
@@ -26,6 +30,29 @@ std::string_view markupReplacement(unsigned char c) {
     return c == '<' ? "&lt;" : c == '>' ? "&gt;" : c == '&' ? "&amp;" : std::string_view();
 }
 
+// The character test of the libxml2 save under way on this thread; its escaping callback can
+// be handed nothing of its own.
+thread_local CharacterTest savedKeeps = nullptr;
+
+// The character that starts at `in`, among `available` bytes, as `keeps` has it written: its
+// character reference in `reference`, or nothing when it is written as it stands. `length` is
+// how many bytes it takes. A character that XML can't carry, or bytes that are no UTF-8, stand
+// as they are: no reference could carry them, and the stored text refuses them itself.
+std::string_view referenceFor(const unsigned char *in, size_t available, CharacterTest keeps,
+                              int &length, std::array<char, 16> &reference) {
+    length = static_cast<int>(std::min<size_t>(available, 4));
+    const int c = xmlGetUTF8Char(in, &length);
+    if (c < 0) {
+        length = 1;
+        return {};
+    }
+    if (keeps(static_cast<char32_t>(c)) || !xmlIsCharQ(c)) {
+        return {};
+    }
+    const int written = std::snprintf(reference.data(), reference.size(), "&#%d;", c);
+    return std::string_view(reference.data(), static_cast<size_t>(written));
+}
+
 // The escaping above, as libxml2's serialiser asks for it: a piece at a time, into a buffer
 // that may be too short for the rest.
 int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, int *inLength) {
@@ -33,18 +60,24 @@ int escapeMarkup(unsigned char *out, int *outLength, const unsigned char *in, in
     const unsigned char *const inStart = in;
     unsigned char *const outEnd = out + *outLength;
     unsigned char *const outStart = out;
-    for (; in < inEnd; ++in) {
-        const std::string_view replacement = markupReplacement(*in);
-        const size_t size = replacement.empty() ? 1 : replacement.size();
+    std::array<char, 16> reference;
+    while (in < inEnd) {
+        std::string_view replacement = markupReplacement(*in);
+        int taken = 1;
+        if (replacement.empty() && *in >= 0x80 && savedKeeps != nullptr) {
+            replacement =
+                referenceFor(in, static_cast<size_t>(inEnd - in), savedKeeps, taken, reference);
+        }
+        const size_t size = replacement.empty() ? static_cast<size_t>(taken) : replacement.size();
         if (static_cast<size_t>(outEnd - out) < size) {
             break;
         }
-        if (replacement.empty()) {
-            *out = *in;
-        } else {
-            std::memcpy(out, replacement.data(), size);
-        }
+        std::memcpy(
+            out,
+            replacement.empty() ? in : reinterpret_cast<const unsigned char *>(replacement.data()),
+            size);
         out += size;
+        in += taken;
     }
     *outLength = static_cast<int>(out - outStart);
     *inLength = static_cast<int>(in - inStart);
@@ -60,7 +93,7 @@ int appendToText(void *text, const char *bytes, int length) {
 // libxml2 does.
 class PlainTreeWriter {
   public:
-    explicit PlainTreeWriter(std::string &text) : text_(text) {}
+    PlainTreeWriter(std::string &text, CharacterTest keeps) : text_(text), keeps_(keeps) {}
 
     bool topLevelNode(const xmlNode *node) {
         if (node->type == XML_PI_NODE) {
@@ -100,6 +133,10 @@ class PlainTreeWriter {
     void indent(int level) { text_.append(std::min(level, DeepestIndent), '\t'); }
 
     void escaped(const char *content) {
+        if (keeps_ != nullptr) {
+            referencing(reinterpret_cast<const unsigned char *>(content));
+            return;
+        }
         while (*content != '\0') {
             const size_t plain = std::strcspn(content, MarkupCharacters);
             text_.append(content, plain);
@@ -109,6 +146,44 @@ class PlainTreeWriter {
             }
             text_ += markupReplacement(static_cast<unsigned char>(*content));
             ++content;
+        }
+    }
+
+    // The escaping above, with every character that keeps_ refuses written as a reference.
+    void referencing(const unsigned char *content) {
+        static const std::array<bool, 256> stops = [] {
+            std::array<bool, 256> table{};
+            for (int byte = 0x80; byte < 0x100; ++byte) {
+                table[byte] = true;
+            }
+            for (const char *markup = MarkupCharacters; *markup != '\0'; ++markup) {
+                table[static_cast<unsigned char>(*markup)] = true;
+            }
+            return table;
+        }();
+        std::array<char, 16> reference;
+        while (*content != '\0') {
+            const unsigned char *plain = content;
+            while (*plain != '\0' && !stops[*plain]) {
+                ++plain;
+            }
+            text_.append(reinterpret_cast<const char *>(content), plain - content);
+            content = plain;
+            if (*content == '\0') {
+                break;
+            }
+            std::string_view replacement = markupReplacement(*content);
+            int length = 1;
+            if (replacement.empty()) {
+                // The text ends in a NUL, which no UTF-8 sequence runs over.
+                replacement = referenceFor(content, 4, keeps_, length, reference);
+            }
+            if (replacement.empty()) {
+                text_.append(reinterpret_cast<const char *>(content), length);
+            } else {
+                text_ += replacement;
+            }
+            content += length;
         }
     }
 
@@ -160,20 +235,21 @@ class PlainTreeWriter {
     }
 
     std::string &text_;
+    CharacterTest keeps_;
 };
 
 } // namespace
 
-std::string SerialisedXml(xmlNodePtr node, const char *encoding) {
+std::string SerialisedXml(xmlNodePtr node, const char *encoding, CharacterTest keeps) {
     if (strcasecmp(encoding, "UTF-8") == 0) {
-        if (std::optional<std::string> text = PlainTreeXml(node)) {
+        if (std::optional<std::string> text = PlainTreeXml(node, keeps)) {
             return *std::move(text);
         }
     }
-    return LibxmlSerialisedXml(node, encoding);
+    return LibxmlSerialisedXml(node, encoding, keeps);
 }
 
-std::string LibxmlSerialisedXml(xmlNodePtr node, const char *encoding) {
+std::string LibxmlSerialisedXml(xmlNodePtr node, const char *encoding, CharacterTest keeps) {
     xmlTreeIndentString = "\t";
     std::string text;
     xmlSaveCtxtPtr save =
@@ -182,19 +258,21 @@ std::string LibxmlSerialisedXml(xmlNodePtr node, const char *encoding) {
         runtime::raise(runtime::InvalidArgument);
     }
     xmlSaveSetEscape(save, escapeMarkup);
+    savedKeeps = keeps;
     if (node->type == XML_DOCUMENT_NODE) {
         xmlSaveDoc(save, reinterpret_cast<xmlDocPtr>(node));
     } else {
         xmlSaveTree(save, node);
     }
     xmlSaveClose(save);
+    savedKeeps = nullptr;
     text.resize(std::strlen(text.c_str()));
     return text;
 }
 
-std::optional<std::string> PlainTreeXml(xmlNodePtr node) {
+std::optional<std::string> PlainTreeXml(xmlNodePtr node, CharacterTest keeps) {
     std::string text;
-    PlainTreeWriter writer(text);
+    PlainTreeWriter writer(text, keeps);
     if (node->type == XML_ELEMENT_NODE) {
         return writer.topLevelNode(node) ? std::optional(std::move(text)) : std::nullopt;
     }

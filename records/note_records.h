@@ -26,8 +26,9 @@ namespace mirelo {
 // taken anew at each place of use.
 //
 // Only `id` and the RegNr enter a query, between double quotes, unescaped: one holding a double
-// quote is an invalid query. Note texts and reasons may hold any character of the code page;
-// û, ý, þ and ÿ can't be stored, and the write fails with 5.
+// quote is an invalid query. Note texts and reasons keep every character they hold; a control
+// character but tab, line feed and carriage return can't be stored, and the operation fails
+// with 5 naming it, before anything is written.
 
 // Which screen's variant of an operation that both screens hold.
 enum class NoteScreen { MedicalNote, ExtendedInfo };

@@ -88,8 +88,11 @@ void WritePatientFile(const platform::XmlDocument &patient, const std::string &p
     WriteTextFile(StoredPatientBytes(patient), path);
 }
 
+// A character that the stored code can't hold (one beyond the code page, or û, ý, þ and ÿ, which
+// the shift can't move) goes in as a character reference, so the file keeps what was typed and
+// reads back whole; a file without one is stored as it always was.
 std::string StoredPatientBytes(const platform::XmlDocument &patient) {
-    return ScrambleText(patient.xml());
+    return ScrambleText(patient.xml(CanScramble));
 }
 
 } // namespace mirelo

@@ -26,7 +26,8 @@ platform::XmlDocument ReadPatientFile(const std::string &path);
 // The search list reads the unscrambled text as it stands, tabs and all.
 platform::XmlDocument ReadPatientFileKeepingTabs(const std::string &path);
 
-// The one writing path: the document's text, scrambled, written over the file in place.
+// The one writing path: the document's text, scrambled, written over the file in place. Every
+// character of the text is kept: one the scrambling can't store stands as a character reference.
 void WritePatientFile(const platform::XmlDocument &patient, const std::string &path);
 // The bytes that path stores for the document, for a writer that weighs them first.
 std::string StoredPatientBytes(const platform::XmlDocument &patient);

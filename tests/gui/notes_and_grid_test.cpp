@@ -11,7 +11,6 @@ const std::string Pnr = "191212121212", Signed = "Dr. Berg|2026-03-15 14:05:09|"
 const std::string Asked = "[warning yes/no] Är du säker på att du vill ta bort notering?";
 const std::string Warned = "[warning yes/no] Denna notering innehåller varning om läkemedels"
                            "överkänslighet.\r\nÄr du säker på att du vill ta bort notering?";
-const std::string NotStored = "Ogiltigt argument eller anrop av procedur";
 const std::string Product = "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor Ek";
 // Of each product the note, author, time, warning and history mark; this user's records.
 const std::string Notes = "//Product/*[starts-with(name(), 'ExtendedMedicalInfo') or starts-with("
@@ -88,11 +87,13 @@ TEST_F(NoteScreensTest, the_note_dialog_saves_deletes_and_changes_the_warning_by
              std::tuple<std::string, const char *, QString, std::string, std::string, std::string>>{
              {"1", note.c_str(), "OK", "", note + "|" + Signed + "1|0|", closed},
              {"1", "", "OK", "", "|" + Signed + "1|0|", closed},
-             {"0", "Dosering û", "OK", "[] 5 " + NotStored, same, "open"},
+             {"0", "Dosering ≥ 2 ý", "OK", "", "Dosering ≥ 2 ý|" + Signed + "0|0|", closed},
+             {"0", "Dosering\v", "OK", "[] 5 Tecknet U+000B kan inte sparas.", same, "open"},
              {"0", "Klåda", "box, Avbryt", "", same, "open"},
              {"0", "Klåda", "box, OK", "", "Rad ett\nRad två|||1|1|1|Klåda|" + Signed, "ticked"},
              {"1", "Klåda", "box, Avbryt", "", same, "ticked"},
-             {"0", "Klåda û", "box, OK, Avbryt", "[stop] Fel uppstod: " + NotStored, same, "open"},
+             {"0", "Klåda\f", "box, OK, Avbryt",
+              "[stop] Fel uppstod: Tecknet U+000C kan inte sparas.", same, "open"},
              {"0", nullptr, "Ta bort, No", Asked, same, "open"},
              {"0", nullptr, "Ta bort", Asked, "|" + Signed + "0|0|", closed},
              {"1", "Klåda", "Ta bort, Avbryt", Warned, same, "ticked"},
