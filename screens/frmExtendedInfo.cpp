@@ -128,7 +128,10 @@ frmExtendedInfo::frmExtendedInfo() {
     connect(Text2, &QPlainTextEdit::textChanged, this, &frmExtendedInfo::Text2_Change);
     Text1->installEventFilter(this);
     Text2->installEventFilter(this);
-    connect(FlexGrid, &platform::FlexGrid::SelChange, this, &frmExtendedInfo::FlexGrid_SelChange);
+    // The grid's own event shows nothing while its pointer is on the heading or has not been on
+    // the grid.
+    connect(FlexGrid, &platform::FlexGrid::SelChange, this,
+            [this] { showSelection(FlexGrid->MouseRow()); });
     connect(FlexGrid, &platform::FlexGrid::MouseDown, this, &frmExtendedInfo::FlexGrid_MouseDown);
     // The box's every change, the program's own too, as the tag tells them apart.
     connect(chkAllergic, &QCheckBox::toggled, this, &frmExtendedInfo::chkAllergic_Click);
@@ -137,6 +140,8 @@ frmExtendedInfo::frmExtendedInfo() {
     connect(cmdDeleteNote, &QPushButton::clicked, this, &frmExtendedInfo::cmdDeleteNote_Click);
     connect(cmdClose, &QPushButton::clicked, this, &frmExtendedInfo::cmdClose_Click);
 
+    // Until a product is shown, nothing can act on one.
+    showNoProduct();
     Form_Load();
 }
 
@@ -146,9 +151,10 @@ void frmExtendedInfo::Form_Load() {
 }
 
 // Leaving a box is the focus going to another control of the program; a window that merely
-// loses the focus to a box or a menu has not been left.
+// loses the focus to a box or a menu has not been left, nor has a screen that is going, whose
+// road out has left its box already.
 bool frmExtendedInfo::eventFilter(QObject *watched, QEvent *event) {
-    if (event->type() == QEvent::FocusOut) {
+    if (event->type() == QEvent::FocusOut && isVisible()) {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
         if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
             if (watched == Text1) {
@@ -235,12 +241,16 @@ void frmExtendedInfo::FillFlexGrid(const extended_info::Fill &fill) {
     }
 }
 
+void frmExtendedInfo::FlexGrid_SelChange() {
+    showSelection(FlexGrid->Row());
+}
+
 // Reads the file on every selection. No handler of its own: a damaged file found by a click
 // in the grid ends the process with the platform's report.
-void frmExtendedInfo::FlexGrid_SelChange() {
+void frmExtendedInfo::showSelection(int pointerRow) {
     const int row = FlexGrid->Row();
     const extended_info::Selection selection = extended_info::SelectionOf(
-        Pnr, FlexGrid->MouseRow(), FlexGrid->TextMatrix(row, grid::Product).toStdString(),
+        Pnr, pointerRow, FlexGrid->TextMatrix(row, grid::Product).toStdString(),
         FlexGrid->TextMatrix(row, grid::ID).toStdString());
     FlexGrid->setCol(grid::Product);
     if (selection.showsNothing) {
@@ -264,7 +274,11 @@ void frmExtendedInfo::FlexGrid_SelChange() {
         SelectFlexGridRow(FlexGrid, FlexGrid->Row());
         return;
     }
-    // A blank row: nothing to edit. The marking of the row stays as it is.
+    showNoProduct();
+}
+
+// A blank row: nothing to edit. The marking of the row stays as it is.
+void frmExtendedInfo::showNoProduct() {
     Frame2->setTitle(QString());
     setTag(Text2, NoChange);
     Text2->clear();
@@ -340,11 +354,12 @@ void frmExtendedInfo::SaveProductNote() {
                             });
 }
 
-// The product is the one on the current row of the grid. Its note leaves the list at the
-// refill, and the selection goes back to the first row.
+// The product is the one on show, whose ID its panel took when it was shown: a refill before
+// the deletion, after a warning was taken away, may leave another row current. Its note leaves
+// the list at the refill, and the selection goes back to the first row.
 void frmExtendedInfo::deleteNote() {
     try {
-        const std::string id = FlexGrid->TextMatrix(FlexGrid->Row(), grid::ID).toStdString();
+        const std::string id = Tag(txtNoteChanged).toStdString();
         mirelo::deleteNote(Pnr, id, session().gSignature, NoteScreen::ExtendedInfo);
         Screen<frmShowPatient>().ReadPatientFolder(Pnr);
         ReadPatientFolder(Pnr);
@@ -355,10 +370,10 @@ void frmExtendedInfo::deleteNote() {
     }
 }
 
-// The product is the one on the current row; the warning is the box's state and the reason is
-// the reason dialog's, which is open while this runs. The row is sought again after the refill.
+// The product is the one on show; the warning is the box's state and the reason is the reason
+// dialog's, which is open while this runs. The row is sought again after the refill.
 void frmExtendedInfo::SaveAllergicHistory() {
-    const std::string id = FlexGrid->TextMatrix(FlexGrid->Row(), grid::ID).toStdString();
+    const std::string id = Tag(txtNoteChanged).toStdString();
     mirelo::SaveAllergicHistory(Pnr, id, chkAllergic->isChecked() ? 1 : 0,
                                 BoxText(Screen<frmAllergicExtendedInfo>().txtExtendedMedicalInfo),
                                 session().gSignature, NoteScreen::ExtendedInfo);
@@ -466,9 +481,18 @@ void frmExtendedInfo::Text2_LostFocus() {
     }
 }
 
-// Nothing is saved here: the click has taken the focus from a text box first, and leaving the
-// box has saved. A failure before the unloading leaves the screen open.
+void frmExtendedInfo::leaveTextBox() {
+    if (focusWidget() == Text1) {
+        Text1_LostFocus();
+    } else if (focusWidget() == Text2) {
+        Text2_LostFocus();
+    }
+}
+
+// A click has taken the focus from a text box first, and leaving the box has saved; a key that
+// presses the button leaves it here. A failure before the unloading leaves the screen open.
 void frmExtendedInfo::cmdClose_Click() {
+    leaveTextBox();
     try {
         frmShowPatient &view = Screen<frmShowPatient>();
         view.ReadPatientFolder(Pnr);

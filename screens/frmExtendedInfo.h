@@ -62,6 +62,8 @@ class frmExtendedInfo : public QWidget, public AllergyReasonOpener {
     void Form_Load();
     void ReadPatientFolder(const std::string &pnr);
     void SetupFlexGrid();
+    // Shows the product of the current row, wherever the grid's pointer is: the screen opens on a
+    // row, and comes back to one after a refill, this way.
     void FlexGrid_SelChange();
     void SelectFlexGridRow(platform::FlexGrid *grid, int row);
     void SelectFlexGridID(const std::string &id, const std::string &regNr);
@@ -73,13 +75,16 @@ class frmExtendedInfo : public QWidget, public AllergyReasonOpener {
     QCheckBox *allergicBox() override { return chkAllergic; }
     void emptyNoteBox() override;
     void SaveAllergicHistory() override;
-    // Deletes the note of the product on the current row; shows its own failures.
+    // Deletes the note of the product on show; shows its own failures.
     void deleteNote() override;
 
     void Text1_Change();
     void Text2_Change();
     void Text1_LostFocus();
     void Text2_LostFocus();
+    // Saves the text box the focus stands in as leaving it saves it: the screen or the program is
+    // going, and the focus will not leave it by itself first.
+    void leaveTextBox();
     void FlexGrid_MouseDown();
     void chkAllergic_Click();
     void cmdDeleteNote_Click();
@@ -90,6 +95,8 @@ class frmExtendedInfo : public QWidget, public AllergyReasonOpener {
     bool eventFilter(QObject *watched, QEvent *event) override;
 
   private:
+    void showSelection(int pointerRow);
+    void showNoProduct();
     void FillFlexGrid(const extended_info::Fill &fill);
     void showHistory(int regNrCol, bool modal);
 };

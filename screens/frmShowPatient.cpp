@@ -393,6 +393,9 @@ void frmShowPatient::openExtendedInfoOnCurrentRow() {
     extendedInfo.ReadPatientFolder(pnr());
     Screen<mainApp>().showChild(&extendedInfo);
     Screen<mainApp>().hideChild(this);
+    // The search looks no further down than the current row: from the last one it finds the
+    // product wherever the fill left off.
+    extendedInfo.FlexGrid->setRow(extendedInfo.FlexGrid->Rows() - 1);
     extendedInfo.SelectFlexGridID(id,
                                   FlexGrid->TextMatrix(row, medication_grid::RegNr).toStdString());
 }

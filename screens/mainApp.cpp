@@ -4,6 +4,7 @@
 #include "platform/message_box.h"
 #include "platform/process_end.h"
 #include "screens/frmAbout.h"
+#include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
 #include "screens/frmSettings.h"
 #include "screens/frmShowPatient.h"
@@ -141,7 +142,11 @@ bool mainApp::MDIForm_QueryUnload() {
                             platform::MsgBoxDefault::Second) == platform::MsgBoxResult::No;
 }
 
+// A note typed and not yet left is saved, as leaving its box saves it, before the process ends.
 void mainApp::MDIForm_Unload() {
+    if (IsLoaded<frmExtendedInfo>()) {
+        Screen<frmExtendedInfo>().leaveTextBox();
+    }
     platform::EndProcess();
 }
 

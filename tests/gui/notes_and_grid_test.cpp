@@ -137,6 +137,7 @@ TEST_F(NoteScreensTest, the_note_dialog_saves_deletes_and_changes_the_warning_by
     }
 }
 
+// The screen opens on a product, by its button at the first row, and acts on the product it shows.
 TEST_F(NoteScreensTest, the_notes_list_the_newest_product_of_each_number_with_a_note_or_warning) {
     store({{.id = "A2", .regNr = "100", .atcCode = "X01", .note = "a", .allergicHistory = "1"},
            {.id = "A1", .regNr = "100", .atcCode = "X01", .note = "äldre"},
@@ -144,10 +145,12 @@ TEST_F(NoteScreensTest, the_notes_list_the_newest_product_of_each_number_with_a_
            {.id = "C", .regNr = "300", .atcCode = "Y01"},
            {.id = "D", .regNr = "400", .atcCode = "", .note = "d"},
            {.id = "E", .regNr = "500", .atcCode = "", .note = "e"},
-           {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g"}});
+           {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g", .allergic = "1"}});
+    EXPECT_TRUE(Screen<frmExtendedInfo>().chkAllergic->isHidden()) << "no product shown yet";
     openPatient(Pnr).cmdNote_Click();
     frmExtendedInfo &screen = Screen<frmExtendedInfo>();
     FlexGrid *grid = screen.FlexGrid;
+    EXPECT_TRUE(screen.Text2->toPlainText() == "a" && screen.Text2->isEnabled());
     EXPECT_EQ(rows(grid, 6, 6), (Texts{" ID", "A2", "B", "D", "E", "G", "", "", "", "", ""}));
     EXPECT_EQ(rows(grid, 2, 9)[1], "Alvedon Tablett 500 mg Orion|2026-01-10T09:30:00|1 ggr|1 X 20 "
                                    "st|A2|X01|100|1 tablett 3 gånger dagligen");
@@ -159,7 +162,7 @@ TEST_F(NoteScreensTest, the_notes_list_the_newest_product_of_each_number_with_a_
                                  red ? " red" : "");
     };
     EXPECT_EQ((QStringList{icons(1), icons(2), icons(3), icons(4), icons(5), icons(6)}),
-              (QStringList{"32 red", "01 red", "02 red", "02 red", "02", "00"}));
+              (QStringList{"32 red", "01 red", "02 red", "02 red", "01", "00"}));
 
     // The red marking of rows 3 and 4 leaves row 4 current: the search looks no further.
     clickCell(grid, 2, 2);
@@ -175,15 +178,32 @@ TEST_F(NoteScreensTest, the_notes_list_the_newest_product_of_each_number_with_a_
     screen.ReadPatientFolder(Pnr);
     screen.SelectFlexGridID("Q", "600");
     EXPECT_EQ(screen.Text2->toPlainText().toStdString(), "e") << "no RegNr further down";
+    // The view's icon finds its product below the row the fill left current; the warning and
+    // note taken away there, with a move of the row and a refill between, touch no other product.
+    screen.cmdClose->click();
+    frmShowPatient &view = Screen<frmShowPatient>();
+    int g = 1;
+    while (view.FlexGrid->TextMatrix(g, 7) != "G") {
+        ++g;
+    }
+    clickCell(view.FlexGrid, g, 1);
+    unloadNow();
+    EXPECT_EQ(Screen<frmExtendedInfo>().Text2->toPlainText(), "g");
+    QTest::keyClick(Screen<frmExtendedInfo>().FlexGrid, Qt::Key_Up); // the pointer not on a row
+    giveReason("", {"OK"});
+    Screen<frmExtendedInfo>().cmdDeleteNote->click();
+    EXPECT_EQ(stored("//Product[ID = 'E' or ID = 'G']/ExtendedMedicalInfo | //History/*/RegNr"),
+              "e||600|");
     std::vector<ProductFields> many(12, {.note = "n"});
     for (int i = 0; i < 12; ++i) {
         many[i].id = many[i].regNr = many[i].atcCode = std::to_string(i);
     }
     store(many);
-    screen.ReadPatientFolder(Pnr);
+    Screen<frmExtendedInfo>().ReadPatientFolder(Pnr);
+    grid = Screen<frmExtendedInfo>().FlexGrid;
     EXPECT_EQ(grid->TextMatrix(12, 6), "11");
     store({{.id = "F", .note = "f"}});
-    screen.ReadPatientFolder(Pnr);
+    Screen<frmExtendedInfo>().ReadPatientFolder(Pnr);
     EXPECT_EQ(rows(grid, 6, 6), (Texts{" ID", "F", "", "", "", "", "", "", "", "", "", "", ""}));
 }
 
@@ -283,6 +303,26 @@ TEST_F(NoteScreensTest, the_notes_are_saved_on_leaving_their_boxes_and_the_warni
     QTest::mouseClick(screen.cmdClose, Qt::LeftButton);
     EXPECT_EQ(said(), Texts{"[] -2147220985 Patientens fil saknas."});
     EXPECT_TRUE(IsLoaded<frmExtendedInfo>());
+}
+
+// The window's X, Ctrl+A and Avsluta, each answered Ja, end the process; a note typed and not
+// yet left is saved first.
+TEST_F(NoteScreensTest, a_note_typed_and_not_left_is_saved_before_the_program_ends) {
+    for (const auto &[road, close] : std::vector<std::pair<std::string, std::function<void()>>>{
+             {"X", [] { Screen<mainApp>().close(); }},
+             {"Ctrl+A",
+              [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier); }},
+             {"Avsluta", [] { Screen<mainApp>().Exit->trigger(); }}}) {
+        store({{.id = "2_1", .note = "n"}});
+        openPatient(Pnr).cmdNote_Click();
+        type(Screen<frmExtendedInfo>().Text2, road.c_str());
+        EXPECT_THROW(close(), ProcessEnded);
+        EXPECT_EQ(said(), Texts{"[warning yes/no] Vill du verkligen avsluta Mirelo?"});
+        EXPECT_EQ(stored("//ExtendedMedicalInfo"), "n" + road + "|");
+        Unload<frmExtendedInfo>();
+        Unload<mainApp>();
+        unloadNow();
+    }
 }
 
 // Sizes were designed for a narrower font; a check box shows its box alone, a label beside it.
