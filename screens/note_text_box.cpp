@@ -1,11 +1,31 @@
 #include "screens/note_text_box.h"
 
 #include "screens/screen_layout.h"
+#include "screens/writable_text.h"
+
+#include <QMimeData>
 
 namespace mirelo::screens {
+namespace {
+
+// Keys bring no control character into a note; a paste or a drop brings text in here, and leaves
+// them out too.
+class NoteTextBox : public QPlainTextEdit {
+  public:
+    using QPlainTextEdit::QPlainTextEdit;
+
+  protected:
+    void insertFromMimeData(const QMimeData *source) override {
+        QMimeData writable;
+        writable.setText(WritableText(source->text()));
+        QPlainTextEdit::insertFromMimeData(&writable);
+    }
+};
+
+} // namespace
 
 QPlainTextEdit *makeNoteTextBox(QWidget *parent, const char *name) {
-    auto *box = makeControl<QPlainTextEdit>(parent, name);
+    auto *box = makeControl<NoteTextBox>(parent, name);
     box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     box->setTabChangesFocus(true);

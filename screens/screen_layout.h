@@ -1,9 +1,12 @@
 #pragma once
 
+#include "screens/writable_text.h"
+
 #include <QAbstractButton>
 #include <QDialog>
 #include <QFont>
 #include <QLabel>
+#include <QLineEdit>
 #include <QString>
 #include <QWidget>
 #include <initializer_list>
@@ -56,6 +59,10 @@ Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
     // than its text, or reaching under the control below, keeps its text clear of that control.
     if constexpr (std::is_base_of_v<QLabel, Control>) {
         control->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    }
+    // No box takes in a character that no file can hold.
+    if constexpr (std::is_base_of_v<QLineEdit, Control>) {
+        keepWritableText(control);
     }
     return control;
 }

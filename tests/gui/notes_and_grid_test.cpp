@@ -1,5 +1,6 @@
 #include "screen_test.h"
 
+#include <QClipboard>
 #include <QScrollBar>
 
 namespace mirelo::testing {
@@ -323,6 +324,54 @@ TEST_F(NoteScreensTest, a_note_typed_and_not_left_is_saved_before_the_program_en
         Unload<mainApp>();
         unloadNow();
     }
+}
+
+// A paste from a word processor carries control characters, which no file can hold: each box
+// drops them as they come and shows the rest, and what it shows is what its file holds.
+TEST_F(NoteScreensTest, a_paste_into_any_box_is_stored_as_the_box_shows_it) {
+    const std::string shown = "ab ≥ 2 ý", settings = path("System/Settings.xml");
+    QApplication::clipboard()->setText(QString::fromUtf8("a\vb ≥ 2 ý"));
+    const auto paste = [&](QWidget *box) {
+        box->setFocus();
+        auto *line = qobject_cast<QLineEdit *>(box);
+        auto *lines = qobject_cast<QPlainTextEdit *>(box);
+        line != nullptr ? line->end(false) : lines->moveCursor(QTextCursor::End);
+        QTest::keyClick(box, Qt::Key_V, Qt::ControlModifier);
+        EXPECT_THAT((line != nullptr ? line->text() : lines->toPlainText()).toStdString(),
+                    ::testing::EndsWith(shown));
+    };
+    paste(Screen<frmMain>().txtSearch);
+    store({{.id = "2_1", .note = "n"}});
+    frmMedicalNote &dialog = Screen<frmMedicalNote>();
+    dialog.ReadPatientFile("2_1", Pnr);
+    paste(dialog.txtExtendedMedicalInfo);
+    dialog.cmdSave->click();
+    EXPECT_EQ(stored("//ExtendedMedicalInfo"), "n" + shown + "|");
+    openPatient(Pnr).cmdNote_Click();
+    frmExtendedInfo &screen = Screen<frmExtendedInfo>();
+    paste(screen.Text1);
+    paste(screen.Text2);
+    whileOpen<frmAllergicExtendedInfo>([&](frmAllergicExtendedInfo &reason) {
+        paste(reason.txtExtendedMedicalInfo);
+        reason.cmdSave->click();
+        reason.done(0); // should the save have failed
+    });
+    QTest::mouseClick(screen.chkAllergic, Qt::LeftButton);
+    EXPECT_EQ(stored("//GeneralInfo | //ExtendedMedicalInfo | //AllergicInfoHistory"),
+              shown + "|n" + shown + shown + "|" + shown + "|");
+    writeSettingsFile({.dataPath = appDir() + "/data/"});
+    frmSplash &splash = Screen<frmSplash>();
+    splash.chkSaveUsername->setChecked(true);
+    paste(splash.txtPassword);
+    splash.txtPassword->clear();
+    paste(splash.txtUsername);
+    splash.Submit->click();
+    frmSettings &folder = Screen<frmSettings>();
+    paste(folder.txtPath);
+    folder.OKButton->click();
+    EXPECT_THAT(readBytes(settings), HasSubstr("<Username>ab &#8805; 2 \xFD</Username>"));
+    EXPECT_THAT(readBytes(settings), HasSubstr("/data/ab &#8805; 2 \xFD/</DataPath>"));
+    EXPECT_EQ(said(), Texts{"[] Fyll i Användarnamn samt Lösenord."});
 }
 
 // Sizes were designed for a narrower font; a check box shows its box alone, a label beside it.
