@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <libxml/chvalid.h>
@@ -133,13 +134,13 @@ class PlainTreeWriter {
     void indent(int level) { text_.append(std::min(level, DeepestIndent), '\t'); }
 
     void escaped(const char *content) {
-        if (keeps_ != nullptr) {
-            referencing(reinterpret_cast<const unsigned char *>(content));
-            return;
-        }
         while (*content != '\0') {
             const size_t plain = std::strcspn(content, MarkupCharacters);
-            text_.append(content, plain);
+            if (keeps_ != nullptr) {
+                referencing(content, plain);
+            } else {
+                text_.append(content, plain);
+            }
             content += plain;
             if (*content == '\0') {
                 break;
@@ -149,41 +150,37 @@ class PlainTreeWriter {
         }
     }
 
-    // The escaping above, with every character that keeps_ refuses written as a reference.
-    void referencing(const unsigned char *content) {
-        static const std::array<bool, 256> stops = [] {
-            std::array<bool, 256> table{};
-            for (int byte = 0x80; byte < 0x100; ++byte) {
-                table[byte] = true;
-            }
-            for (const char *markup = MarkupCharacters; *markup != '\0'; ++markup) {
-                table[static_cast<unsigned char>(*markup)] = true;
-            }
-            return table;
-        }();
+    // A run of text without markup, with every character that keeps_ refuses written as a
+    // reference. Most text is ASCII, which needs no look at its characters: eight bytes at a time
+    // are checked for a high bit.
+    void referencing(const char *run, size_t length) {
+        const char *const end = run + length;
         std::array<char, 16> reference;
-        while (*content != '\0') {
-            const unsigned char *plain = content;
-            while (*plain != '\0' && !stops[*plain]) {
-                ++plain;
+        while (run < end) {
+            const char *high = run;
+            for (uint64_t eight = 0; end - high >= 8; high += 8) {
+                std::memcpy(&eight, high, 8);
+                if ((eight & 0x8080808080808080ull) != 0) {
+                    break;
+                }
             }
-            text_.append(reinterpret_cast<const char *>(content), plain - content);
-            content = plain;
-            if (*content == '\0') {
+            while (high < end && static_cast<unsigned char>(*high) < 0x80) {
+                ++high;
+            }
+            text_.append(run, high);
+            if (high == end) {
                 break;
             }
-            std::string_view replacement = markupReplacement(*content);
-            int length = 1;
+            int taken = 1;
+            const std::string_view replacement =
+                referenceFor(reinterpret_cast<const unsigned char *>(high),
+                             static_cast<size_t>(end - high), keeps_, taken, reference);
             if (replacement.empty()) {
-                // The text ends in a NUL, which no UTF-8 sequence runs over.
-                replacement = referenceFor(content, 4, keeps_, length, reference);
-            }
-            if (replacement.empty()) {
-                text_.append(reinterpret_cast<const char *>(content), length);
+                text_.append(high, static_cast<size_t>(taken));
             } else {
                 text_ += replacement;
             }
-            content += length;
+            run = high + taken;
         }
     }
 
