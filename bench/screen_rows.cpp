@@ -18,9 +18,9 @@ constexpr const char *Pnr = "191212121212";
 void fillPlainTable(QTableWidget &table, const std::vector<std::vector<std::string>> &products) {
     table.clear();
     table.setRowCount(static_cast<int>(products.size()));
-    table.setColumnCount(medication_grid::Cols);
+    table.setColumnCount(medication_grid.Cols);
     for (size_t row = 0; row < products.size(); ++row) {
-        for (size_t col = 0; col < products[row].size() && col < medication_grid::Cols; ++col) {
+        for (size_t col = 0; col < products[row].size() && col < medication_grid.Cols; ++col) {
             table.setItem(static_cast<int>(row), static_cast<int>(col),
                           new QTableWidgetItem(QString::fromStdString(products[row][col])));
         }
@@ -40,7 +40,7 @@ std::vector<Row> medicationViewRows(const Effort &effort) {
         effort.runs(9), [] {},
         [&] {
             const MedicationOverview view =
-                ReadPatientFolder(Pnr, true, medication_grid::RowsAtStart);
+                ReadPatientFolder(Pnr, true, medication_grid.RowsAtStart);
             if (view.failure || view.rows.size() != static_cast<size_t>(products)) {
                 throw std::runtime_error("the medication rows didn't fill");
             }

@@ -21,9 +21,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     for (const bool showAll : {false, true}) {
         try {
             const MedicationOverview overview =
-                ReadPatientFolder("P1", showAll, medication_grid::RowsAtStart);
+                ReadPatientFolder("P1", showAll, medication_grid.RowsAtStart);
             if (overview.gridRows < static_cast<int>(overview.rows.size()) + 1 ||
-                overview.gridRows < medication_grid::RowsAtStart) {
+                overview.gridRows < medication_grid.RowsAtStart) {
                 violated("the filled rows fit in the grid, which never shrinks");
             }
             if (overview.currentRow < 0 || overview.currentRow >= overview.gridRows) {

@@ -1,108 +1,32 @@
 #include "records/extended_info.h"
 
-#include "platform/file_system.h"
+#include "records/medication_overview.h"
 #include "records/patient_file.h"
 #include "records/product_fields.h"
-
-#include <algorithm>
 
 namespace mirelo::extended_info {
 namespace {
 
-using namespace grid;
 using cell_alignment::CenterCenter;
-using cell_alignment::LeftCenter;
-using cell_alignment::RightBottom;
 
-// The blanks in front of the hidden captions are part of them.
-const std::array<GridColumnLayout, Cols> Layout = {{
-    {190, "", std::nullopt, CenterCenter, RightBottom},
-    {200, "", std::nullopt, CenterCenter, RightBottom},
-    {3400, "Läkemedel", CenterCenter, std::nullopt, LeftCenter},
-    {1080, "Ordinerat", CenterCenter, std::nullopt, LeftCenter},
-    {700, "Exp.", CenterCenter, std::nullopt, CenterCenter},
-    {1320, "Förpack.", CenterCenter, std::nullopt, CenterCenter},
-    {0, " ID", CenterCenter, std::nullopt, LeftCenter},
-    {0, " ATC", CenterCenter, std::nullopt, LeftCenter},
-    {0, " RegNr", CenterCenter, std::nullopt, LeftCenter},
-    {4000, "Dosering", CenterCenter, std::nullopt, LeftCenter},
-}};
+// The medication grid's columns but the tick box; the history icon narrower and centred as a
+// column, the packages centred, and the dosage heading centred, without the blanks that bring
+// the medication grid's left-aligned one towards the middle.
+std::vector<GridColumnLayout> layout() {
+    std::vector<GridColumnLayout> columns(mirelo::FlexGridLayout().begin(),
+                                          mirelo::FlexGridLayout().end());
+    columns.erase(columns.begin() + *medication_grid.TickBox);
+    columns[grid.HistoryIcon].width = 190;
+    columns[grid.HistoryIcon].colAlignment = CenterCenter;
+    columns[grid.Packages].cellAlignment = CenterCenter;
+    columns[grid.Dosage].heading = "Dosering";
+    columns[grid.Dosage].headingAlignment = CenterCenter;
+    return columns;
+}
 
 // The newest product of each product number, and only if that one has a note or a warning.
 const char *const ListedProducts = "//Product[(ExtendedMedicalInfo != \"\" or Allergic = 1) and "
                                    "(not(RegNr = preceding::RegNr))]";
-
-class GridFill {
-  public:
-    explicit GridFill(Fill &fill) : fill_(fill) {}
-
-    // Cells are written one by one, so a product that lacks an element leaves the cells
-    // before it written, as the grid showed them.
-    void writeRow(const platform::XmlNode &product) {
-        fill_.rows.emplace_back();
-        const int row = static_cast<int>(fill_.rows.size());
-        fill_.gridRows = std::max(fill_.gridRows, row + 1);
-
-        GridCell &history = cell(row, HistoryIcon);
-        if (ProductFlagIsSet(product, "AllergicHistory")) {
-            history.picture = images::AllergyHistory;
-        }
-        // A warning hides a note.
-        GridCell &warningOrNote = cell(row, WarningOrNoteIcon);
-        if (ProductFlagIsSet(product, "Allergic")) {
-            warningOrNote.picture = images::Warning;
-        } else if (!ProductField(product, "ExtendedMedicalInfo").empty()) {
-            warningOrNote.picture = images::Note;
-        }
-        writeText(row, Product, [&] { return ProductDisplayName(product); });
-        writeText(row, Prescribed, [&] { return ProductField(product, "PrescribedTimestamp"); });
-        writeText(row, Repeats,
-                  [&] { return ProductField(product, "DispensingRepeatNumber") + " ggr"; });
-        writeText(row, Packages, [&] { return ProductPackages(product); });
-        writeText(row, ID, [&] { return ProductField(product, "ID"); });
-        writeText(row, ATC, [&] { return ProductField(product, "ATCcode"); });
-        writeText(row, RegNr, [&] { return ProductField(product, "RegNr"); });
-        writeText(row, Dosage, [&] { return ProductField(product, "UnstructuredDosageAdmin"); });
-    }
-
-    // Two listed products of one ATC code stand out in red, whole rows; two empty codes are
-    // equal too.
-    void markDuplicateAtc() {
-        const int count = static_cast<int>(fill_.rows.size());
-        for (int i = 1; i <= count; ++i) {
-            for (int j = i + 1; j <= count; ++j) {
-                if (text(i, ATC) == text(j, ATC)) {
-                    paintRow(i);
-                    paintRow(j);
-                }
-            }
-        }
-    }
-
-  private:
-    GridCell &cell(int row, int col) {
-        fill_.currentRow = row;
-        GridCell &target = fill_.rows[row - 1].cells[col];
-        target.alignment = Layout[col].cellAlignment;
-        return target;
-    }
-
-    template <typename Read> void writeText(int row, int col, Read read) {
-        GridCell &target = cell(row, col);
-        target.text = read();
-    }
-
-    const std::string &text(int row, int col) const { return fill_.rows[row - 1].cells[col].text; }
-
-    void paintRow(int row) {
-        fill_.currentRow = row;
-        for (GridCell &each : fill_.rows[row - 1].cells) {
-            each.foreColor = DuplicateAtcColor;
-        }
-    }
-
-    Fill &fill_;
-};
 
 void fill(const platform::XmlDocument &patient, bool loadGeneralNote, Fill &result) {
     result.cleared = true;
@@ -120,44 +44,30 @@ void fill(const platform::XmlDocument &patient, bool loadGeneralNote, Fill &resu
     result.label3 =
         by + " - " + patient.selectSingleNode("//Patient/PatientData/GeneralInfoTimestamp").text();
 
-    GridFill grid(result);
+    ProductRowWriter writer(grid, FlexGridLayout(), images, result);
     for (const platform::XmlNode &product : patient.selectNodes(ListedProducts)) {
-        grid.writeRow(product);
+        writer.writeRow(product);
     }
-    grid.markDuplicateAtc();
+    // Twins among all the listed products, current and past alike.
+    writer.markDuplicateAtc(static_cast<int>(result.rows.size()));
 }
 
 } // namespace
 
-const std::array<GridColumnLayout, Cols> &FlexGridLayout() {
-    return Layout;
+std::span<const GridColumnLayout> FlexGridLayout() {
+    static const std::vector<GridColumnLayout> columns = layout();
+    return columns;
 }
 
 Fill FillFlexGrid(const platform::XmlDocument &patient, bool loadGeneralNote, int gridRows) {
-    Fill result;
-    result.gridRows = gridRows;
-    try {
-        fill(patient, loadGeneralNote, result);
-    } catch (const MireloError &error) {
-        result.failure = error;
-    }
-    return result;
+    return FillKeepingFailure<Fill>(gridRows,
+                                    [&](Fill &result) { fill(patient, loadGeneralNote, result); });
 }
 
 Fill ReadPatientFolder(const std::string &pnr, bool loadGeneralNote, int gridRows) {
-    Fill result;
-    result.gridRows = gridRows;
-    try {
-        const platform::XmlDocument patient =
-            ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path);
-        result = FillFlexGrid(patient, loadGeneralNote, gridRows);
-    } catch (const MireloError &error) {
-        result.failure = error;
-    }
-    if (result.failure && result.failure->number() == runtime::FileNotFound) {
-        result.failure = MireloError(errors::PatientFileMissing, "Patientens fil saknas.");
-    }
-    return result;
+    return FillKeepingFailure<Fill>(gridRows, [&](Fill &result) {
+        result = FillFlexGrid(ReadPatientFolderFile(pnr).patient, loadGeneralNote, gridRows);
+    });
 }
 
 Selection SelectionOf(const std::string &pnr, int mouseRow, const std::string &productText,

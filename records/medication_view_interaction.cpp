@@ -23,7 +23,7 @@ std::optional<DetailPanel> DetailPanelOnSelChange(const std::string &pnr,
     }
     const platform::XmlDocument &patient = readNow ? *readNow : alreadyRead->patient;
     const bool onHeading =
-        (selection.mouseCol == medication_grid::WarningOrNoteIcon || selection.mouseRow == 0) &&
+        (selection.mouseCol == medication_grid.WarningOrNoteIcon || selection.mouseRow == 0) &&
         selection.row == 0;
     if (onHeading) {
         return std::nullopt;
@@ -57,17 +57,17 @@ GridClick MeaningOfMouseDown(int button, int mouseRow, int mouseCol, int picture
         return GridClick::Nothing;
     }
     switch (mouseCol) {
-    case medication_grid::TickBox:
-        if (picture == image_list1::Ticked) {
+    case *medication_grid.TickBox:
+        if (picture == image_list1.ticked) {
             return GridClick::TakeOut;
         }
-        return picture == image_list1::Unticked ? GridClick::PutBack : GridClick::Nothing;
-    case medication_grid::WarningOrNoteIcon:
-        return mouseRow != 0 && (picture == image_list1::Warning || picture == image_list1::Note)
+        return picture == image_list1.unticked ? GridClick::PutBack : GridClick::Nothing;
+    case medication_grid.WarningOrNoteIcon:
+        return mouseRow != 0 && (picture == image_list1.warning || picture == image_list1.note)
                    ? GridClick::OpenExtendedInfo
                    : GridClick::Nothing;
-    case medication_grid::HistoryIcon:
-        return mouseRow != 0 && picture == image_list1::AllergyHistory
+    case medication_grid.HistoryIcon:
+        return mouseRow != 0 && picture == image_list1.allergyHistory
                    ? GridClick::OpenAllergyHistory
                    : GridClick::Nothing;
     default:

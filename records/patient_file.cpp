@@ -80,6 +80,19 @@ platform::XmlDocument ReadPatientFile(const std::string &path) {
     return parsePatientText(ReadPatientText(path));
 }
 
+PatientReading ReadPatientFolderFile(const std::string &pnr) {
+    try {
+        std::string path = platform::GetFile(PatientFilePath(pnr)).Path;
+        platform::XmlDocument patient = ReadPatientFile(path);
+        return {std::move(path), std::move(patient)};
+    } catch (const MireloError &error) {
+        if (error.number() == runtime::FileNotFound) {
+            throw MireloError(errors::PatientFileMissing, "Patientens fil saknas.");
+        }
+        throw;
+    }
+}
+
 platform::XmlDocument ReadPatientFileKeepingTabs(const std::string &path) {
     return parsePatientText(UnscrambleText(ReadTextFile(path)));
 }

@@ -23,6 +23,17 @@ std::string ReadPatientText(const std::string &path);
 // "Patientfil är skadad." with the parser's reason.
 platform::XmlDocument ReadPatientFile(const std::string &path);
 
+// A patient file as one action read it, for the next step of the same action to use instead of
+// reading the file again: opening a patient fills the grid and then shows the first row.
+struct PatientReading {
+    std::string path;
+    platform::XmlDocument patient;
+};
+
+// The patient's file as a screen's fill reads it: found whatever the case of its name, a missing
+// one 0x80040207 "Patientens fil saknas.", a damaged one 0x80040204.
+PatientReading ReadPatientFolderFile(const std::string &pnr);
+
 // The search list reads the unscrambled text as it stands, tabs and all.
 platform::XmlDocument ReadPatientFileKeepingTabs(const std::string &path);
 

@@ -4,7 +4,6 @@
 #include "platform/gui/flex_grid.h"
 #include "platform/message_box.h"
 #include "records/extended_info.h"
-#include "records/medication_view_interaction.h"
 #include "records/note_records.h"
 #include "screens/control_tag.h"
 #include "screens/frmAllergicExtendedInfo.h"
@@ -12,6 +11,7 @@
 #include "screens/frmShowPatient.h"
 #include "screens/mainApp.h"
 #include "screens/note_text_box.h"
+#include "screens/product_grid_view.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
@@ -25,7 +25,7 @@
 namespace mirelo::screens {
 namespace {
 
-namespace grid = extended_info::grid;
+using extended_info::grid;
 
 const QString NoChange = QStringLiteral("NoChange");
 const QString NoClick = QStringLiteral("NoClick");
@@ -89,10 +89,10 @@ frmExtendedInfo::frmExtendedInfo() {
     FlexGrid = makeControl<platform::FlexGrid>(Frame2, "FlexGrid");
     placeTwips(FlexGrid, 120, 1200, 10995, 3000);
     FlexGrid->setImageList(ImageList1());
-    FlexGrid->setCols(grid::Cols);
-    FlexGrid->setRows(grid::RowsAtStart);
-    FlexGrid->setFixedRows(grid::FixedRows);
-    FlexGrid->setFixedCols(grid::FixedCols);
+    FlexGrid->setCols(grid.Cols);
+    FlexGrid->setRows(grid.RowsAtStart);
+    FlexGrid->setFixedRows(grid.FixedRows);
+    FlexGrid->setFixedCols(grid.FixedCols);
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 360, 5040, 11280, 1980);
@@ -175,66 +175,20 @@ void frmExtendedInfo::ReadPatientFolder(const std::string &pnr) {
     FillFlexGrid(extended_info::ReadPatientFolder(pnr, loadGeneralNote, FlexGrid->Rows()));
 }
 
-void frmExtendedInfo::SetupFlexGrid() {
-    try {
-        const auto &layout = extended_info::FlexGridLayout();
-        for (int col = 0; col < grid::FixedCols; ++col) {
-            FlexGrid->setCol(col);
-            FlexGrid->setColWidth(col, layout[col].width);
-            FlexGrid->setColAlignment(col, *layout[col].colAlignment);
-        }
-        for (int col = grid::FixedCols; col < grid::Cols; ++col) {
-            FlexGrid->setRow(0);
-            FlexGrid->setCol(col);
-            FlexGrid->setCellFontBold(true);
-            FlexGrid->setCellAlignment(*layout[col].headingAlignment);
-            FlexGrid->setText(QString::fromStdString(layout[col].heading));
-            FlexGrid->setColWidth(col, layout[col].width);
-        }
-    } catch (const MireloError &error) {
-        platform::MsgBox(SetupFlexGridFailureBox(error).text, platform::MsgBoxButtons::OK,
-                         platform::MsgBoxIcon::Stop, "Mirelo");
-    }
-}
-
 // Copies a fill onto the screen. A fill that broke off half-way still shows what it wrote
 // before the failure, which then goes to the caller.
 void frmExtendedInfo::FillFlexGrid(const extended_info::Fill &fill) {
-    if (fill.cleared) {
-        FlexGrid->Clear();
-        SetupFlexGrid();
-        if (fill.frame1Caption) {
-            Frame1->setTitle(dataCaption(*fill.frame1Caption));
-        }
-        if (fill.text1) {
-            setTag(Text1, NoChange);
-            setBoxText(Text1, *fill.text1);
-            setTag(Text1, QString());
-        }
-        if (fill.label3) {
-            showValue(Label3, QString::fromStdString(*fill.label3));
-        }
-        if (FlexGrid->Rows() < fill.gridRows) {
-            FlexGrid->setRows(fill.gridRows);
-        }
-        for (size_t index = 0; index < fill.rows.size(); ++index) {
-            const int row = static_cast<int>(index) + 1;
-            for (int col = 0; col < grid::Cols; ++col) {
-                const GridCell &cell = fill.rows[index].cells[col];
-                FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
-                FlexGrid->setCellPictureAt(row, col, cell.picture);
-                if (cell.alignment) {
-                    FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
-                }
-                if (cell.foreColor) {
-                    FlexGrid->setCellForeColorAt(
-                        row, col,
-                        QColor(cell.foreColor->red, cell.foreColor->green, cell.foreColor->blue));
-                }
-            }
-        }
-        FlexGrid->setRow(fill.currentRow);
-        FlexGrid->setCol(grid::Cols - 1);
+    showProductRows(FlexGrid, extended_info::FlexGridLayout(), fill);
+    if (fill.frame1Caption) {
+        Frame1->setTitle(dataCaption(*fill.frame1Caption));
+    }
+    if (fill.text1) {
+        setTag(Text1, NoChange);
+        setBoxText(Text1, *fill.text1);
+        setTag(Text1, QString());
+    }
+    if (fill.label3) {
+        showValue(Label3, QString::fromStdString(*fill.label3));
     }
     if (fill.failure) {
         throw *fill.failure;
@@ -250,9 +204,9 @@ void frmExtendedInfo::FlexGrid_SelChange() {
 void frmExtendedInfo::showSelection(int pointerRow) {
     const int row = FlexGrid->Row();
     const extended_info::Selection selection = extended_info::SelectionOf(
-        Pnr, pointerRow, FlexGrid->TextMatrix(row, grid::Product).toStdString(),
-        FlexGrid->TextMatrix(row, grid::ID).toStdString());
-    FlexGrid->setCol(grid::Product);
+        Pnr, pointerRow, FlexGrid->TextMatrix(row, grid.Product).toStdString(),
+        FlexGrid->TextMatrix(row, grid.ID).toStdString());
+    FlexGrid->setCol(grid.Product);
     if (selection.showsNothing) {
         return;
     }
@@ -332,7 +286,7 @@ void frmExtendedInfo::SelectFlexGridID(const std::string &id, const std::string 
         }
         return false;
     };
-    if (!findIn(grid::ID, id) && !findIn(grid::RegNr, regNr)) {
+    if (!findIn(grid.ID, id) && !findIn(grid.RegNr, regNr)) {
         return;
     }
     FlexGrid->setHighLight(1);
@@ -421,23 +375,23 @@ void frmExtendedInfo::cmdDeleteNote_Click() {
 // The button hands over the dosage column where the icon hands over the product number, so it
 // finds no records as a rule: that is how the button has always worked.
 void frmExtendedInfo::cmdAllergicHistory_Click() {
-    showHistory(grid::Dosage, true);
+    showHistory(grid.Dosage, true);
 }
 
 void frmExtendedInfo::FlexGrid_MouseDown() {
-    if (FlexGrid->MouseRow() == 0 || FlexGrid->MouseCol() != grid::HistoryIcon) {
+    if (FlexGrid->MouseRow() == 0 || FlexGrid->MouseCol() != grid.HistoryIcon) {
         return;
     }
-    FlexGrid->setCol(grid::HistoryIcon);
-    if (FlexGrid->CellPicture() == extended_info::images::AllergyHistory) {
-        showHistory(grid::RegNr, false);
+    FlexGrid->setCol(grid.HistoryIcon);
+    if (FlexGrid->CellPicture() == extended_info::images.allergyHistory) {
+        showHistory(grid.RegNr, false);
     }
 }
 
 void frmExtendedInfo::showHistory(int regNrCol, bool modal) {
     FlexGrid->setCol(regNrCol);
     const std::string regNr = FlexGrid->Text().toStdString();
-    FlexGrid->setCol(grid::Product);
+    FlexGrid->setCol(grid.Product);
     const std::string name = FlexGrid->Text().toStdString();
     SelectFlexGridRow(FlexGrid, FlexGrid->Row());
     frmAllergicHistory &history = Screen<frmAllergicHistory>();

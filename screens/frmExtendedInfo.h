@@ -61,7 +61,6 @@ class frmExtendedInfo : public QWidget, public AllergyReasonOpener {
 
     void Form_Load();
     void ReadPatientFolder(const std::string &pnr);
-    void SetupFlexGrid();
     // Shows the product of the current row, wherever the grid's pointer is: the screen opens on a
     // row, and comes back to one after a refill, this way.
     void FlexGrid_SelChange();

@@ -14,6 +14,7 @@
 #include "screens/frmMedicalNote.h"
 #include "screens/frmPatInfo.h"
 #include "screens/mainApp.h"
+#include "screens/product_grid_view.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
@@ -134,10 +135,10 @@ frmShowPatient::frmShowPatient() {
     placeTwips(FlexGrid, 300, 3000, 11295, 3570);
     FlexGrid->setImageList(ImageList1());
     FlexGrid->setFont(verdana(8.25));
-    FlexGrid->setCols(medication_grid::Cols);
-    FlexGrid->setRows(medication_grid::RowsAtStart);
-    FlexGrid->setFixedRows(medication_grid::FixedRows);
-    FlexGrid->setFixedCols(medication_grid::FixedCols);
+    FlexGrid->setCols(medication_grid.Cols);
+    FlexGrid->setRows(medication_grid.RowsAtStart);
+    FlexGrid->setFixedRows(medication_grid.FixedRows);
+    FlexGrid->setFixedCols(medication_grid.FixedCols);
 
     Label2 =
         makeLabel(this, "Label2", QStringLiteral("= Notering om preparat"), 570, 6615, 2220, 225);
@@ -201,70 +202,20 @@ frmShowPatient::OneReading::~OneReading() {
     view_.reading_.reset();
 }
 
-void frmShowPatient::SetupFlexGrid() {
-    try {
-        const auto &layout = FlexGridLayout();
-        for (int col = 0; col < medication_grid::Cols; ++col) {
-            const GridColumnLayout &column = layout[col];
-            FlexGrid->setColWidth(col, column.width);
-            if (column.colAlignment) {
-                FlexGrid->setColAlignment(col, *column.colAlignment);
-            }
-            if (column.headingAlignment) {
-                FlexGrid->setRow(0);
-                FlexGrid->setCol(col);
-                FlexGrid->setCellFontBold(true);
-                FlexGrid->setCellAlignment(*column.headingAlignment);
-                FlexGrid->setText(QString::fromStdString(column.heading));
-            }
-        }
-    } catch (const MireloError &error) {
-        platform::MsgBox(SetupFlexGridFailureBox(error).text, platform::MsgBoxButtons::OK,
-                         platform::MsgBoxIcon::Stop, "Mirelo");
-    }
-}
-
 // Copies a fill into the grid and the labels. A fill that broke off half-way still shows the
 // rows written before the failure; the failure then goes to the caller.
 void frmShowPatient::showOverview(const MedicationOverview &overview) {
-    if (overview.cleared) {
-        FlexGrid->Clear();
-        SetupFlexGrid();
-        if (FlexGrid->Rows() < overview.gridRows) {
-            FlexGrid->setRows(overview.gridRows);
-        }
-        if (overview.txtPnr) {
-            showValue(txtPnr, QString::fromStdString(*overview.txtPnr));
-        }
-        if (overview.txtFName) {
-            showValue(txtFName, QString::fromStdString(*overview.txtFName));
-        }
-        FlexGrid->writeCellsTogether([&] {
-            for (size_t index = 0; index < overview.rows.size(); ++index) {
-                const int row = static_cast<int>(index) + 1;
-                for (int col = 0; col < medication_grid::Cols; ++col) {
-                    const GridCell &cell = overview.rows[index].cells[col];
-                    FlexGrid->setTextMatrix(row, col, QString::fromStdString(cell.text));
-                    FlexGrid->setCellPictureAt(row, col, cell.picture);
-                    if (cell.alignment) {
-                        FlexGrid->setCellAlignmentAt(row, col, *cell.alignment);
-                    }
-                    if (cell.foreColor) {
-                        FlexGrid->setCellForeColorAt(row, col,
-                                                     QColor(cell.foreColor->red,
-                                                            cell.foreColor->green,
-                                                            cell.foreColor->blue));
-                    }
-                }
-            }
-        });
-        FlexGrid->setRow(overview.currentRow);
-        FlexGrid->setCol(medication_grid::Cols - 1);
-        if (overview.standingButton) {
-            const bool warning = *overview.standingButton == ExtendedInfoButton::cmdExtInfo;
-            cmdNote->setVisible(!warning);
-            cmdExtInfo->setVisible(warning);
-        }
+    showProductRows(FlexGrid, FlexGridLayout(), overview);
+    if (overview.txtPnr) {
+        showValue(txtPnr, QString::fromStdString(*overview.txtPnr));
+    }
+    if (overview.txtFName) {
+        showValue(txtFName, QString::fromStdString(*overview.txtFName));
+    }
+    if (overview.standingButton) {
+        const bool warning = *overview.standingButton == ExtendedInfoButton::cmdExtInfo;
+        cmdNote->setVisible(!warning);
+        cmdExtInfo->setVisible(warning);
     }
     if (overview.failure) {
         throw *overview.failure;
@@ -274,11 +225,11 @@ void frmShowPatient::showOverview(const MedicationOverview &overview) {
 void frmShowPatient::FlexGrid_SelChange() {
     const int row = FlexGrid->Row();
     const GridSelection selection{FlexGrid->MouseRow(), FlexGrid->MouseCol(), row,
-                                  FlexGrid->TextMatrix(row, medication_grid::Product).toStdString(),
-                                  FlexGrid->TextMatrix(row, medication_grid::ID).toStdString()};
+                                  FlexGrid->TextMatrix(row, medication_grid.Product).toStdString(),
+                                  FlexGrid->TextMatrix(row, medication_grid.ID).toStdString()};
     const std::optional<DetailPanel> panel =
         DetailPanelOnSelChange(pnr(), selection, reading_ ? &*reading_ : nullptr);
-    FlexGrid->setCol(medication_grid::Product);
+    FlexGrid->setCol(medication_grid.Product);
     if (!panel) {
         return;
     }
@@ -324,12 +275,12 @@ void frmShowPatient::SelectFlexGridID(const std::string &id) {
         FlexGrid->setHighLight(0);
         return;
     }
-    FlexGrid->setCol(medication_grid::ID);
+    FlexGrid->setCol(medication_grid.ID);
     // No end test of its own: an id that isn't in the grid runs into the row past the last,
     // and setting that row fails.
     for (int row = 1;; ++row) {
         FlexGrid->setRow(row);
-        if (FlexGrid->TextMatrix(row, medication_grid::ID).toStdString() == id) {
+        if (FlexGrid->TextMatrix(row, medication_grid.ID).toStdString() == id) {
             FlexGrid_SelChange();
             FlexGrid->setHighLight(1);
             FlexGrid->setCol(FlexGrid->FixedCols());
@@ -343,7 +294,7 @@ void frmShowPatient::FlexGrid_MouseDown(int button) {
     try {
         const int mouseRow = FlexGrid->MouseRow();
         const int mouseCol = FlexGrid->MouseCol();
-        const int pictureRow = mouseCol == medication_grid::TickBox ? mouseRow : FlexGrid->Row();
+        const int pictureRow = mouseCol == medication_grid.TickBox ? mouseRow : FlexGrid->Row();
         const GridClick click = MeaningOfMouseDown(button, mouseRow, mouseCol,
                                                    FlexGrid->CellPictureAt(pictureRow, mouseCol));
         if (click == GridClick::TakeOut || click == GridClick::PutBack) {
@@ -361,7 +312,7 @@ void frmShowPatient::FlexGrid_MouseDown(int button) {
 
 void frmShowPatient::tickInOrOut(GridClick click, int row) {
     FlexGrid->setRow(row);
-    const std::string id = FlexGrid->TextMatrix(row, medication_grid::ID).toStdString();
+    const std::string id = FlexGrid->TextMatrix(row, medication_grid.ID).toStdString();
     const std::string patient = pnr();
     const platform::XmlDocument written = updateMedicalList(id, patient);
     // The document just written is the file: the grid is filled from it without reading the
@@ -387,7 +338,7 @@ void frmShowPatient::tickInOrOut(GridClick click, int row) {
 // this screen.
 void frmShowPatient::openExtendedInfoOnCurrentRow() {
     const int row = FlexGrid->Row();
-    const std::string id = FlexGrid->TextMatrix(row, medication_grid::ID).toStdString();
+    const std::string id = FlexGrid->TextMatrix(row, medication_grid.ID).toStdString();
     SelectFlexGridRow(FlexGrid, row);
     frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
     extendedInfo.ReadPatientFolder(pnr());
@@ -397,13 +348,13 @@ void frmShowPatient::openExtendedInfoOnCurrentRow() {
     // product wherever the fill left off.
     extendedInfo.FlexGrid->setRow(extendedInfo.FlexGrid->Rows() - 1);
     extendedInfo.SelectFlexGridID(id,
-                                  FlexGrid->TextMatrix(row, medication_grid::RegNr).toStdString());
+                                  FlexGrid->TextMatrix(row, medication_grid.RegNr).toStdString());
 }
 
 void frmShowPatient::openAllergyHistoryOfCurrentRow() {
     const int row = FlexGrid->Row();
-    const std::string regNr = FlexGrid->TextMatrix(row, medication_grid::RegNr).toStdString();
-    const std::string name = FlexGrid->TextMatrix(row, medication_grid::Product).toStdString();
+    const std::string regNr = FlexGrid->TextMatrix(row, medication_grid.RegNr).toStdString();
+    const std::string name = FlexGrid->TextMatrix(row, medication_grid.Product).toStdString();
     SelectFlexGridRow(FlexGrid, row);
     frmAllergicHistory &history = Screen<frmAllergicHistory>();
     history.listHistory(pnr(), regNr, name);

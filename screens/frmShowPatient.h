@@ -76,7 +76,6 @@ class frmShowPatient : public QWidget {
       private:
         frmShowPatient &view_;
     };
-    void SetupFlexGrid();
 
     void FlexGrid_SelChange();
     void FlexGrid_MouseDown(int button);

@@ -491,7 +491,7 @@ TEST_F(StoreTest, a_failed_note_operation_leaves_the_file_and_shows_its_box) {
 // Each row of the grid as its ID, its three icons and " red" where all its cells are red.
 Texts rowsOf(const MedicationOverview &view) {
     Texts rows;
-    for (const MedicationRow &row : view.rows) {
+    for (const ProductRow &row : view.rows) {
         std::string colours;
         for (const GridCell &cell : row.cells) {
             colours += !cell.foreColor ? "" : *cell.foreColor == RgbColor{255, 0, 0} ? "r" : "?";
