@@ -14,10 +14,14 @@ MsgBoxPresenter &presenter() {
 
 MsgBoxResult MsgBox(const std::string &text, MsgBoxButtons buttons, MsgBoxIcon icon,
                     const std::string &title, MsgBoxDefault defaultButton) {
+    return MsgBox({text, buttons, icon, title, defaultButton});
+}
+
+MsgBoxResult MsgBox(const MsgBoxRequest &box) {
     if (!presenter()) {
         throw std::logic_error("no message box presenter installed");
     }
-    return presenter()({text, buttons, icon, title, defaultButton});
+    return presenter()(box);
 }
 
 void setMsgBoxPresenter(MsgBoxPresenter next) {

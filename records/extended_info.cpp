@@ -70,6 +70,13 @@ Fill ReadPatientFolder(const std::string &pnr, bool loadGeneralNote, int gridRow
     });
 }
 
+RowSearch RowOfProduct(const ShownGrid &shown, const std::string &id, const std::string &regNr) {
+    return SearchById(shown, id, [&] {
+        const std::optional<int> byId = FirstRowWith(shown, grid.ID, id, shown.currentRow);
+        return byId ? byId : FirstRowWith(shown, grid.RegNr, regNr, shown.currentRow);
+    });
+}
+
 Selection SelectionOf(const std::string &pnr, int mouseRow, const std::string &productText,
                       const std::string &id) {
     const platform::XmlDocument patient = ReadPatientFile(PatientFilePath(pnr));

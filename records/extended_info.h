@@ -42,6 +42,12 @@ Fill FillFlexGrid(const platform::XmlDocument &patient, bool loadGeneralNote, in
 // a damaged one 0x80040204 with nothing cleared.
 Fill ReadPatientFolder(const std::string &pnr, bool loadGeneralNote, int gridRows);
 
+// SelectFlexGridID's search: the product's row by its ID, else by its product number, no further
+// down than the current row: after a fill that is the last row written or the last row the red
+// marking touched, so a product below it isn't found. An empty product number matches a blank
+// row.
+RowSearch RowOfProduct(const ShownGrid &shown, const std::string &id, const std::string &regNr);
+
 // The picked product as its selection shows it.
 struct ProductPanel {
     std::string id;            // kept in the tag of txtNoteChanged

@@ -80,6 +80,11 @@ ReselectionAfterTick ReselectAfterTick(GridClick tick, bool showAll) {
                                                   : ReselectionAfterTick::ById;
 }
 
+RowSearch RowOfId(const ShownGrid &shown, const std::string &id) {
+    return SearchById(shown, id,
+                      [&] { return FirstRowWith(shown, medication_grid.ID, id, shown.rows - 1); });
+}
+
 platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error) {
     return {error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"};
 }
@@ -94,11 +99,6 @@ ChkModeFailure ChkModeFailureReport(const MireloError &error) {
     return {{numberAndDescription(error), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::None,
              "Mirelo"},
             false};
-}
-
-platform::MsgBoxRequest SetupFlexGridFailureBox(const MireloError &error) {
-    return {"Kunde inte skapa struktur för flexgrid: " + error.description(),
-            platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"};
 }
 
 } // namespace mirelo

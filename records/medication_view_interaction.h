@@ -58,6 +58,10 @@ GridClick MeaningOfMouseDown(int button, int mouseRow, int mouseCol, int picture
 enum class ReselectionAfterTick { ById, FirstRow };
 ReselectionAfterTick ReselectAfterTick(GridClick tick, bool showAll);
 
+// SelectFlexGridID's search after a tick: the first row from the top that holds the ID. Only IDs
+// known to be in the grid are asked for: the view's search has no end of its own.
+RowSearch RowOfId(const ShownGrid &shown, const std::string &id);
+
 // The boxes of the medication view's failures.
 // FlexGrid_MouseDown and all it calls: the description alone, also for a missing file.
 platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error);
@@ -69,8 +73,5 @@ struct ChkModeFailure {
     bool backToSearch = false;
 };
 ChkModeFailure ChkModeFailureReport(const MireloError &error);
-
-// SetupFlexGrid's own handler; the fill goes on with what the grid has.
-platform::MsgBoxRequest SetupFlexGridFailureBox(const MireloError &error);
 
 } // namespace mirelo

@@ -88,4 +88,38 @@ void ProductRowWriter::markDuplicateAtc(int count) {
     }
 }
 
+platform::MsgBoxRequest SetupFlexGridFailureBox(const MireloError &error) {
+    return {"Kunde inte skapa struktur för flexgrid: " + error.description(),
+            platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"};
+}
+
+RowMarking MarkingOfRow(int gridRows, int row) {
+    if (gridRows < 2) {
+        return RowMarking::Unchanged;
+    }
+    return row == 0 ? RowMarking::None : RowMarking::WholeRow;
+}
+
+std::optional<int> FirstRowWith(const ShownGrid &grid, int col, const std::string &wanted,
+                                int lastRow) {
+    for (int row = 1; row <= lastRow; ++row) {
+        if (grid.text(row, col) == wanted) {
+            return row;
+        }
+    }
+    return std::nullopt;
+}
+
+RowSearch SearchById(const ShownGrid &grid, const std::string &id,
+                     const std::function<std::optional<int>()> &find) {
+    if (grid.rows < 2) {
+        return {RowSearch::End::GridWithoutRows};
+    }
+    if (id.empty()) {
+        return {RowSearch::End::EmptyId};
+    }
+    const std::optional<int> row = find();
+    return row ? RowSearch{RowSearch::End::Found, *row} : RowSearch{RowSearch::End::NotFound};
+}
+
 } // namespace mirelo

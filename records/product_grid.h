@@ -1,8 +1,10 @@
 #pragma once
 
 #include "core/mirelo_error.h"
+#include "platform/message_box.h"
 #include "platform/xml_document.h"
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -140,6 +142,39 @@ class ProductRowWriter {
     ProductPictures pictures_;
     ProductGridFill &fill_;
 };
+
+// SetupFlexGrid's own handler, and the allergy history's around its whole fill; the screen goes
+// on with what the grid has.
+platform::MsgBoxRequest SetupFlexGridFailureBox(const MireloError &error);
+
+// How SelectFlexGridRow leaves a grid's marking: a grid of its heading alone as it stands, the
+// heading row without a marking, any other row marked whole from the first column after the
+// fixed ones to the last.
+enum class RowMarking { Unchanged, None, WholeRow };
+RowMarking MarkingOfRow(int gridRows, int row);
+
+// A product grid on the screen as a search for a product's row reads it.
+struct ShownGrid {
+    int rows = 0; // heading included
+    int currentRow = 0;
+    std::function<std::string(int row, int col)> text;
+};
+
+// The first of rows 1 to lastRow whose text in column `col` is `wanted`.
+std::optional<int> FirstRowWith(const ShownGrid &grid, int col, const std::string &wanted,
+                                int lastRow);
+
+// Where SelectFlexGridID's search for a product's row ends: nowhere in a grid of its heading
+// alone, which stays as it is; on the heading for an empty ID, which takes the marking away; on
+// the product's row; or on no row when the product isn't found.
+struct RowSearch {
+    enum class End { GridWithoutRows, EmptyId, Found, NotFound };
+    End end = End::NotFound;
+    int row = 0; // the product's row when found
+    bool operator==(const RowSearch &) const = default;
+};
+RowSearch SearchById(const ShownGrid &grid, const std::string &id,
+                     const std::function<std::optional<int>()> &find);
 
 // A fill of a grid that had gridRows rows, made by `write`. A failure half-way is kept in the
 // fill with what was written before it.

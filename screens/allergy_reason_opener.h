@@ -21,7 +21,20 @@ class AllergyReasonOpener {
     virtual void deleteNote() = 0;
 
   protected:
+    // The opener's name as the reason dialog's Caller gives it.
+    explicit AllergyReasonOpener(const char *caller) : caller_(caller) {}
     ~AllergyReasonOpener() = default;
+
+    // The reason dialog, for a click on the warning box or for the deletion of a note that holds
+    // a warning.
+    void askForReason(bool deletingNote);
+    // Ta bort: asks first, in words that name a warning the note holds. Taking away a warning
+    // always leaves a record of why: such a note goes through the reason dialog, which deletes
+    // on OK; any other is deleted at once.
+    void askToDeleteNote();
+
+  private:
+    const char *caller_;
 };
 
 // The opener that the reason dialog's Caller names: "ShowPat" for the note dialog, "ExtInfo"

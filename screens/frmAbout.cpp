@@ -13,15 +13,6 @@
 #include <QPushButton>
 
 namespace mirelo::screens {
-namespace {
-
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
-                        int top) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, 1335, 345);
-    return button;
-}
-
-} // namespace
 
 frmAbout::frmAbout() {
     setUpModalDialog(this, "frmAbout", QStringLiteral("Om Mirelo"), 5820, 3720);
@@ -30,28 +21,27 @@ frmAbout::frmAbout() {
     placeTwips(Image1, 240, 240, 720, 720);
     Image1->setPixmap(QPixmap(QStringLiteral(":/pictures/about.svg")));
     Image1->setScaledContents(true);
-    lblTitle = makeControlAt<QLabel>(this, "lblTitle", QString(), 1200, 240, 4380, 480);
+    lblTitle = makeLabel(this, "lblTitle", QString(), 1200, 240, 4380, 480);
     lblTitle->setFont(verdana(14, true));
-    lblVersion = makeControlAt<QLabel>(this, "lblVersion", QString(), 1200, 780, 4380, 225);
+    lblVersion = makeLabel(this, "lblVersion", QString(), 1200, 780, 4380, 225);
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1", QStringLiteral("Kontaktinformation"));
     placeTwips(Frame1, 240, 1200, 3840, 2280);
-    lblDescription = makeControlAt<QLabel>(Frame1, "lblDescription", QStringLiteral("Brenmark AB"),
-                                           120, 300, 3600, 255);
-    Label1 = makeControlAt<QLabel>(Frame1, "Label1", QString::fromUtf8(support::PostalAddress), 120,
-                                   660, 3600, 255);
-    Label2 = makeControlAt<QLabel>(Frame1, "Label2",
-                                   QStringLiteral("Telefon: %1").arg(support::Telephone), 120, 1020,
-                                   3600, 255);
-    Label3 = makeControlAt<QLabel>(Frame1, "Label3", QStringLiteral("Fax: %1").arg(support::Fax),
-                                   120, 1380, 3600, 255);
-    Label4 = makeControlAt<QLabel>(
-        Frame1, "Label4", QStringLiteral("E-post: %1").arg(support::Mail), 120, 1740, 3600, 255);
+    lblDescription =
+        makeLabel(Frame1, "lblDescription", QStringLiteral("Brenmark AB"), 120, 300, 3600, 255);
+    Label1 =
+        makeLabel(Frame1, "Label1", QString::fromUtf8(support::PostalAddress), 120, 660, 3600, 255);
+    Label2 = makeLabel(Frame1, "Label2", QStringLiteral("Telefon: %1").arg(support::Telephone), 120,
+                       1020, 3600, 255);
+    Label3 = makeLabel(Frame1, "Label3", QStringLiteral("Fax: %1").arg(support::Fax), 120, 1380,
+                       3600, 255);
+    Label4 = makeLabel(Frame1, "Label4", QStringLiteral("E-post: %1").arg(support::Mail), 120, 1740,
+                       3600, 255);
 
-    cmdOK = makeButton(this, "cmdOK", QStringLiteral("OK"), 4245, 2625);
+    cmdOK = makeButton(this, "cmdOK", QStringLiteral("OK"), 4245, 2625, 1335, 345);
     cmdOK->setDefault(true);
-    cmdSysInfo = makeButton(this, "cmdSysInfo", QStringLiteral("&System Info..."), 4245, 3075);
-    cmdSysInfo->setAutoDefault(false);
+    cmdSysInfo =
+        makeButton(this, "cmdSysInfo", QStringLiteral("&System Info..."), 4245, 3075, 1335, 345);
 
     connect(cmdOK, &QPushButton::clicked, this, &frmAbout::cmdOK_Click);
     connect(cmdSysInfo, &QPushButton::clicked, this, &frmAbout::cmdSysInfo_Click);

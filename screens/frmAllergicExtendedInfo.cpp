@@ -17,13 +17,6 @@ namespace {
 
 const char *const NoClick = "NoClick";
 
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, 1920, 975, 255);
-    button->setAutoDefault(false);
-    pressOnEnterWhenFocused(button);
-    return button;
-}
-
 // Changes the opener's box without its change event opening this dialog again.
 void setWithoutClick(QCheckBox *box, bool checked) {
     setTag(box, NoClick);
@@ -44,10 +37,12 @@ frmAllergicExtendedInfo::frmAllergicExtendedInfo() {
     Frame1 = makeControl<QGroupBox>(
         this, "Frame1", QStringLiteral("Anledning till förändring av status för överkänslighet"));
     placeTwips(Frame1, 120, 120, 6495, 1695);
-    txtExtendedMedicalInfo = makeNoteTextBox(Frame1, "txtExtendedMedicalInfo");
-    placeTwips(txtExtendedMedicalInfo, 120, 360, 6255, 1215);
-    cmdCancel = makeButton(this, "cmdCancel", QStringLiteral("Avbryt"), 4560);
-    cmdSave = makeButton(this, "cmdSave", QStringLiteral("OK"), 5640);
+    txtExtendedMedicalInfo =
+        makeNoteTextBox(Frame1, "txtExtendedMedicalInfo", 120, 360, 6255, 1215);
+    cmdCancel = makeButton(this, "cmdCancel", QStringLiteral("Avbryt"), 4560, 1920, 975, 255);
+    cmdSave = makeButton(this, "cmdSave", QStringLiteral("OK"), 5640, 1920, 975, 255);
+    pressOnEnterWhenFocused(cmdCancel);
+    pressOnEnterWhenFocused(cmdSave);
     applyTabOrder({{0, txtExtendedMedicalInfo}, {1, cmdCancel}, {2, cmdSave}});
 
     connect(cmdSave, &QPushButton::clicked, this, &frmAllergicExtendedInfo::cmdSave_Click);

@@ -5,6 +5,7 @@
 #include "platform/message_box.h"
 #include "records/allergy_history_list.h"
 #include "records/patient_file.h"
+#include "records/product_grid.h"
 #include "screens/dialog_window.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
@@ -50,9 +51,7 @@ frmAllergicHistory::frmAllergicHistory() {
     FlexGrid->setFont(gridFont);
     // A long reason runs on over the lines that its row is made high for.
     FlexGrid->setWordWrap(true);
-    cmdBack = makeControl<QPushButton>(this, "cmdBack", QStringLiteral("Återgå"));
-    placeTwips(cmdBack, 7200, 5520, 855, 285);
-    cmdBack->setAutoDefault(false);
+    cmdBack = makeButton(this, "cmdBack", QStringLiteral("Återgå"), 7200, 5520, 855, 285);
     applyTabOrder({{0, FlexGrid}, {1, cmdBack}});
 
     connect(cmdBack, &QPushButton::clicked, this, &frmAllergicHistory::cmdBack_Click);
@@ -87,8 +86,7 @@ void frmAllergicHistory::listHistory(const std::string &pnr, const std::string &
             throw *list.failure;
         }
     } catch (const MireloError &error) {
-        platform::MsgBox("Kunde inte skapa struktur för flexgrid: " + error.description(),
-                         platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo");
+        platform::MsgBox(SetupFlexGridFailureBox(error));
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "core/application_context.h"
 #include "platform/gui/flex_grid.h"
-#include "platform/message_box.h"
 #include "records/extended_info.h"
 #include "records/note_records.h"
 #include "screens/control_tag.h"
@@ -30,36 +29,13 @@ using extended_info::grid;
 const QString NoChange = QStringLiteral("NoChange");
 const QString NoClick = QStringLiteral("NoClick");
 
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
-                        int top, int width, int height) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
-    button->setAutoDefault(false);
-    return button;
-}
-
-QPlainTextEdit *makeTextBox(QWidget *parent, const char *name, int left, int top, int width,
-                            int height) {
-    QPlainTextEdit *box = makeNoteTextBox(parent, name);
-    placeTwips(box, left, top, width, height);
-    return box;
-}
-
-// The screen's three icons: warning, note, allergy history.
-std::vector<QPixmap> ImageList1() {
-    std::vector<QPixmap> images;
-    for (int number = 1; number <= 3; ++number) {
-        images.emplace_back(QStringLiteral(":/icons/extendedinfo_%1.svg").arg(number));
-    }
-    return images;
-}
-
 } // namespace
 
 std::string frmExtendedInfo::Pnr;
 bool frmExtendedInfo::Text1Changed = false;
 bool frmExtendedInfo::Text2Changed = false;
 
-frmExtendedInfo::frmExtendedInfo() {
+frmExtendedInfo::frmExtendedInfo() : AllergyReasonOpener("ExtInfo") {
     setObjectName(QStringLiteral("frmExtendedInfo"));
     setWindowTitle(QStringLiteral("Mirelo"));
     sizeTwips(this, 11910, 8250);
@@ -73,34 +49,28 @@ frmExtendedInfo::frmExtendedInfo() {
 
     Frame2 = makeControl<QGroupBox>(this, "Frame2");
     placeTwips(Frame2, 360, 240, 11265, 4380);
-    Text2 = makeTextBox(Frame2, "Text2", 120, 240, 10995, 435);
-    Label4 = makeControlAt<QLabel>(Frame2, "Label4", QStringLiteral("Senast ändrad av:"), 120, 765,
-                                   1305, 195);
-    txtNoteChanged =
-        makeControlAt<QLabel>(Frame2, "txtNoteChanged", QString(), 1560, 765, 3615, 255);
+    Text2 = makeNoteTextBox(Frame2, "Text2", 120, 240, 10995, 435);
+    Label4 = makeLabel(Frame2, "Label4", QStringLiteral("Senast ändrad av:"), 120, 765, 1305, 195);
+    txtNoteChanged = makeLabel(Frame2, "txtNoteChanged", QString(), 1560, 765, 3615, 255);
     chkAllergic = makeControl<QCheckBox>(Frame2, "chkAllergic");
     placeTwips(chkAllergic, 5505, 780, 255, 195);
-    Label1 = makeControlAt<QLabel>(Frame2, "Label1", QStringLiteral("Överkänslighet"), 5760, 780,
-                                   1065, 195);
+    Label1 = makeLabel(Frame2, "Label1", QStringLiteral("Överkänslighet"), 5760, 780, 1065, 195);
     cmdAllergicHistory =
         makeButton(Frame2, "cmdAllergicHistory", QStringLiteral("Historik"), 9045, 780, 975, 255);
     cmdDeleteNote =
         makeButton(Frame2, "cmdDeleteNote", QStringLiteral("Ta bort"), 10125, 780, 975, 255);
-    FlexGrid = makeControl<platform::FlexGrid>(Frame2, "FlexGrid");
-    placeTwips(FlexGrid, 120, 1200, 10995, 3000);
-    FlexGrid->setImageList(ImageList1());
-    FlexGrid->setCols(grid.Cols);
-    FlexGrid->setRows(grid.RowsAtStart);
-    FlexGrid->setFixedRows(grid.FixedRows);
-    FlexGrid->setFixedCols(grid.FixedCols);
+    // The three icons: warning, note, allergy history.
+    FlexGrid = makeProductGrid(
+        Frame2, "FlexGrid", grid,
+        platform::ImageList::FromFiles(QStringLiteral(":/icons/extendedinfo_%1.svg"), 3), 120, 1200,
+        10995, 3000);
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 360, 5040, 11280, 1980);
-    Text1 = makeTextBox(Frame1, "Text1", 120, 240, 10980, 1365);
-    Label2 = makeControlAt<QLabel>(Frame1, "Label2", QStringLiteral("Senast ändrad av:"), 120, 1710,
-                                   1425, 180);
-    Label3 = makeControlAt<QLabel>(Frame1, "Label3", QString(), 1560, 1710, 3525, 195);
-    txtNoteSaved = makeControlAt<QLabel>(Frame1, "txtNoteSaved", QString(), 8040, 1370, 45, 195);
+    Text1 = makeNoteTextBox(Frame1, "Text1", 120, 240, 10980, 1365);
+    Label2 = makeLabel(Frame1, "Label2", QStringLiteral("Senast ändrad av:"), 120, 1710, 1425, 180);
+    Label3 = makeLabel(Frame1, "Label3", QString(), 1560, 1710, 3525, 195);
+    txtNoteSaved = makeLabel(Frame1, "txtNoteSaved", QString(), 8040, 1370, 45, 195);
 
     showCaptionsWhole({Label4, Label1, Label2});
     // Who changed a note and when show whole, up to the warning box and the saved mark.
@@ -110,10 +80,9 @@ frmExtendedInfo::frmExtendedInfo() {
     Label3->setMaximumWidth(txtNoteSaved->x() - Label3->x());
 
     cmdClose = makeButton(this, "cmdClose", QStringLiteral("Återgå"), 10680, 7080, 975, 270);
-    Label18 = makeControlAt<QLabel>(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770,
-                                    1305, 210);
+    Label18 = makeLabel(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770, 1305, 210);
     Label18->setFont(verdana(8.25));
-    txtLoggedIn = makeControlAt<QLabel>(this, "txtLoggedIn", QString(), 8880, 7770, 3120, 270);
+    txtLoggedIn = makeLabel(this, "txtLoggedIn", QString(), 8880, 7770, 3120, 270);
     txtLoggedIn->setFont(verdana(8.25));
 
     applyTabOrder({{0, Text2},
@@ -249,49 +218,12 @@ void frmExtendedInfo::showNoProduct() {
     cmdAllergicHistory->setVisible(false);
 }
 
-void frmExtendedInfo::SelectFlexGridRow(platform::FlexGrid *grid, int row) {
-    if (grid->Rows() < 2) {
-        return;
-    }
-    if (row == 0) {
-        grid->setHighLight(0);
-        return;
-    }
-    grid->setHighLight(1);
-    grid->setRow(row);
-    grid->setCol(grid->FixedCols());
-    grid->setColSel(grid->Cols() - 1);
-}
-
-// Searches no further down than the current row: after a fill that is the last row written
-// or the last row the red marking touched, so a product below it isn't found. The product
-// number is the second try; an empty one matches a blank row.
 void frmExtendedInfo::SelectFlexGridID(const std::string &id, const std::string &regNr) {
-    if (FlexGrid->Rows() < 2) {
-        return;
+    if (!selectFoundRow(FlexGrid, extended_info::RowOfProduct(shownGrid(FlexGrid), id, regNr),
+                        [this] { FlexGrid_SelChange(); })) {
+        // The search ended in the product number's column.
+        FlexGrid->setCol(grid.RegNr);
     }
-    if (id.empty()) {
-        FlexGrid->setHighLight(0);
-        return;
-    }
-    const auto findIn = [this](int col, const std::string &wanted) {
-        FlexGrid->setCol(col);
-        const int limit = FlexGrid->Row();
-        for (int row = 1; row <= limit; ++row) {
-            FlexGrid->setRow(row);
-            if (FlexGrid->Text().toStdString() == wanted) {
-                FlexGrid_SelChange();
-                return true;
-            }
-        }
-        return false;
-    };
-    if (!findIn(grid.ID, id) && !findIn(grid.RegNr, regNr)) {
-        return;
-    }
-    FlexGrid->setHighLight(1);
-    FlexGrid->setCol(FlexGrid->FixedCols());
-    FlexGrid->setColSel(FlexGrid->Cols() - 1);
 }
 
 void frmExtendedInfo::SaveGeneralInfo() {
@@ -342,34 +274,13 @@ void frmExtendedInfo::emptyNoteBox() {
 
 // The box has changed already; the reason dialog saves the new state or puts the box back.
 void frmExtendedInfo::chkAllergic_Click() {
-    if (Tag(chkAllergic) == NoClick) {
-        return;
+    if (Tag(chkAllergic) != NoClick) {
+        askForReason(false);
     }
-    frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
-    reason.DeletingNote = false;
-    reason.Caller = "ExtInfo";
-    reason.exec();
 }
 
-// Taking away a note with a warning goes through the reason dialog, which deletes on OK.
 void frmExtendedInfo::cmdDeleteNote_Click() {
-    const std::string question = "Är du säker på att du vill ta bort notering?";
-    const std::string text =
-        chkAllergic->isChecked()
-            ? "Denna notering innehåller varning om läkemedelsöverkänslighet.\r\n" + question
-            : question;
-    if (platform::MsgBox(text, platform::MsgBoxButtons::YesNo, platform::MsgBoxIcon::Warning) !=
-        platform::MsgBoxResult::Yes) {
-        return;
-    }
-    if (chkAllergic->isChecked()) {
-        frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
-        reason.Caller = "ExtInfo";
-        reason.DeletingNote = true;
-        reason.exec();
-    } else {
-        deleteNote();
-    }
+    askToDeleteNote();
 }
 
 // The button hands over the dosage column where the icon hands over the product number, so it
@@ -452,7 +363,7 @@ void frmExtendedInfo::cmdClose_Click() {
         view.ReadPatientFolder(Pnr);
         Unload<frmExtendedInfo>();
         Screen<mainApp>().showChild(&view);
-        view.SelectFlexGridRow(view.FlexGrid, 1);
+        SelectFlexGridRow(view.FlexGrid, 1);
         view.FlexGrid_SelChange();
     } catch (const MireloError &error) {
         ReportNoteFailure(error);

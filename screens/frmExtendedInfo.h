@@ -64,7 +64,6 @@ class frmExtendedInfo : public QWidget, public AllergyReasonOpener {
     // Shows the product of the current row, wherever the grid's pointer is: the screen opens on a
     // row, and comes back to one after a refill, this way.
     void FlexGrid_SelChange();
-    void SelectFlexGridRow(platform::FlexGrid *grid, int row);
     void SelectFlexGridID(const std::string &id, const std::string &regNr);
 
     void SaveGeneralInfo();

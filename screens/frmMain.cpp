@@ -9,6 +9,7 @@
 #include "records/patient_directory.h"
 #include "screens/frmShowPatient.h"
 #include "screens/mainApp.h"
+#include "screens/product_grid_view.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"
 
@@ -54,31 +55,27 @@ frmMain::frmMain() {
     Frame1->setAutoFillBackground(true);
     Frame1->setPalette(QPalette(Qt::white));
 
-    Label4 = makeControl<QLabel>(Frame1, "Label4", QStringLiteral("Personnummer:"));
-    placeTwips(Label4, 120, 480, 1815, 255);
+    Label4 = makeLabel(Frame1, "Label4", QStringLiteral("Personnummer:"), 120, 480, 1815, 255);
     Label4->setToolTip(QString::fromUtf8(SearchTip));
     txtSearch = makeControl<QLineEdit>(Frame1, "txtSearch");
     placeTwips(txtSearch, 120, 720, 1935, 285);
     txtSearch->setMaxLength(13);
     txtSearch->setToolTip(QString::fromUtf8(SearchTip));
     txtSearch->setFont(QFont());
-    cmdSearchPat = makeControl<QPushButton>(Frame1, "cmdSearchPat", QStringLiteral("Sök"));
-    placeTwips(cmdSearchPat, 2160, 720, 735, 285);
+    cmdSearchPat = makeButton(Frame1, "cmdSearchPat", QStringLiteral("Sök"), 2160, 720, 735, 285);
     cmdSearchPat->setToolTip(QStringLiteral("Sök efter patient med angivet personnummer"));
-    Label5 = makeControl<QLabel>(Frame1, "Label5", QStringLiteral("Följande patienter hittades:"));
-    placeTwips(Label5, 120, 1320, 2415, 255);
+    Label5 = makeLabel(Frame1, "Label5", QStringLiteral("Följande patienter hittades:"), 120, 1320,
+                       2415, 255);
     List1 = makeControl<QListWidget>(Frame1, "List1");
     placeTwips(List1, 120, 1500, 2775, 3930);
     List1->setSelectionMode(QAbstractItemView::SingleSelection);
     List1->setFont(QFont());
-    cmdSelPat = makeControl<QPushButton>(Frame1, "cmdSelPat", QStringLiteral("Välj patient"));
-    placeTwips(cmdSelPat, 3000, 5520, 1335, 300);
+    cmdSelPat =
+        makeButton(Frame1, "cmdSelPat", QStringLiteral("Välj patient"), 3000, 5520, 1335, 300);
     cmdSelPat->setToolTip(QStringLiteral("Välj den markerade patienten"));
 
-    Label18 = makeControl<QLabel>(this, "Label18", QStringLiteral("Inloggad som: "));
-    placeTwips(Label18, 7560, 7770, 1305, 195);
-    txtLoggedIn = makeControl<QLabel>(this, "txtLoggedIn");
-    placeTwips(txtLoggedIn, 8880, 7770, 2895, 255);
+    Label18 = makeLabel(this, "Label18", QStringLiteral("Inloggad som: "), 7560, 7770, 1305, 195);
+    txtLoggedIn = makeLabel(this, "txtLoggedIn", QString(), 8880, 7770, 2895, 255);
 
     setTabOrder(txtSearch, cmdSearchPat);
     setTabOrder(cmdSearchPat, List1);
@@ -176,7 +173,7 @@ void frmMain::SearchPatient(const std::string &key) {
     ignoringFailures([&] { view.ReadPatientFolder(pnr); });
     ignoringFailures([&] { frame.placeChild(&view, 0, 0); });
     ignoringFailures([&] { frame.showChild(&view); });
-    ignoringFailures([&] { view.SelectFlexGridRow(view.FlexGrid, 1); });
+    ignoringFailures([&] { SelectFlexGridRow(view.FlexGrid, 1); });
     ignoringFailures([&] { view.FlexGrid_SelChange(); });
 }
 

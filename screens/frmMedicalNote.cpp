@@ -1,7 +1,6 @@
 #include "screens/frmMedicalNote.h"
 
 #include "core/application_context.h"
-#include "platform/message_box.h"
 #include "records/medical_note_view.h"
 #include "records/note_records.h"
 #include "screens/control_tag.h"
@@ -22,17 +21,9 @@ namespace {
 
 const char *const NoClick = "NoClick";
 
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
-                        int top, int width, int height) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
-    button->setAutoDefault(false);
-    pressOnEnterWhenFocused(button);
-    return button;
-}
-
 } // namespace
 
-frmMedicalNote::frmMedicalNote() {
+frmMedicalNote::frmMedicalNote() : AllergyReasonOpener("ShowPat") {
     setUpDialogWindow(this, CloseBox::None);
     setObjectName(QStringLiteral("frmMedicalNote"));
     setWindowTitle(QStringLiteral("Mirelo"));
@@ -42,18 +33,19 @@ frmMedicalNote::frmMedicalNote() {
 
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 120, 120, 8535, 1695);
-    txtExtendedMedicalInfo = makeNoteTextBox(Frame1, "txtExtendedMedicalInfo");
-    placeTwips(txtExtendedMedicalInfo, 120, 360, 8295, 1215);
+    txtExtendedMedicalInfo =
+        makeNoteTextBox(Frame1, "txtExtendedMedicalInfo", 120, 360, 8295, 1215);
     // The box's own caption is cut off by its narrow width; Label1 beside it is the caption
     // the user reads.
     chkAllergic = makeControl<QCheckBox>(this, "chkAllergic", QStringLiteral("Check1"));
     placeTwips(chkAllergic, 240, 1920, 255, 255);
-    Label1 = makeControl<QLabel>(this, "Label1", QStringLiteral("Överkänslighet"));
-    placeTwips(Label1, 480, 1950, 1065, 195);
+    Label1 = makeLabel(this, "Label1", QStringLiteral("Överkänslighet"), 480, 1950, 1065, 195);
     showCaptionsWhole({Label1});
     cmdDelete =
         makeButton(this, "cmdDelete", QStringLiteral("Ta bort notering"), 6240, 1920, 1335, 255);
     cmdSave = makeButton(this, "cmdSave", QStringLiteral("OK"), 7680, 1920, 975, 255);
+    pressOnEnterWhenFocused(cmdDelete);
+    pressOnEnterWhenFocused(cmdSave);
     applyTabOrder({{0, txtExtendedMedicalInfo}, {1, chkAllergic}, {2, cmdDelete}, {3, cmdSave}});
 
     connect(chkAllergic, &QCheckBox::toggled, this, &frmMedicalNote::chkAllergic_Click);
@@ -79,13 +71,9 @@ int frmMedicalNote::allergic() const {
 
 // The box has changed already; the reason dialog saves the new state or puts the box back.
 void frmMedicalNote::chkAllergic_Click() {
-    if (Tag(chkAllergic) == NoClick) {
-        return;
+    if (Tag(chkAllergic) != NoClick) {
+        askForReason(false);
     }
-    frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
-    reason.DeletingNote = false;
-    reason.Caller = "ShowPat";
-    reason.exec();
 }
 
 // OK always rewrites the note from the box and signs it, changed or not.
@@ -101,24 +89,7 @@ void frmMedicalNote::cmdSave_Click() {
 
 void frmMedicalNote::cmdDelete_Click() {
     try {
-        const std::string question = "Är du säker på att du vill ta bort notering?";
-        const std::string text =
-            chkAllergic->isChecked()
-                ? "Denna notering innehåller varning om läkemedelsöverkänslighet.\r\n" + question
-                : question;
-        if (platform::MsgBox(text, platform::MsgBoxButtons::YesNo, platform::MsgBoxIcon::Warning) !=
-            platform::MsgBoxResult::Yes) {
-            return;
-        }
-        // Taking away a warning always leaves a record of why: the reason dialog deletes on OK.
-        if (chkAllergic->isChecked()) {
-            frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
-            reason.Caller = "ShowPat";
-            reason.DeletingNote = true;
-            reason.exec();
-        } else {
-            deleteNote();
-        }
+        askToDeleteNote();
     } catch (const MireloError &error) {
         ReportNoteFailure(error);
     }

@@ -13,20 +13,6 @@
 #include <QPushButton>
 
 namespace mirelo::screens {
-namespace {
-
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
-                        int top) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, 1215, 285);
-    button->setFont(verdana(8.25));
-    QPalette palette = button->palette();
-    palette.setColor(QPalette::Button, QColor(0xE0, 0xE0, 0xE0));
-    button->setPalette(palette);
-    button->setAutoDefault(false);
-    return button;
-}
-
-} // namespace
 
 frmSettings::frmSettings() {
     setUpDialogWindow(this, CloseBox::Shown, Qt::Tool);
@@ -37,13 +23,20 @@ frmSettings::frmSettings() {
 
     txtPath = makeControl<QLineEdit>(this, "txtPath");
     placeTwips(txtPath, 120, 480, 4815, 285);
-    cmdBrowse = makeButton(this, "cmdBrowse", QStringLiteral("Bläddra"), 3720, 840);
-    OKButton = makeButton(this, "OKButton", QStringLiteral("OK"), 3720, 1320);
+    cmdBrowse = makeButton(this, "cmdBrowse", QStringLiteral("Bläddra"), 3720, 840, 1215, 285);
+    OKButton = makeButton(this, "OKButton", QStringLiteral("OK"), 3720, 1320, 1215, 285);
     OKButton->setDefault(true);
-    Label2 = makeControl<QLabel>(this, "Label2", QStringLiteral("Sökväg till patientkatalog:"));
-    placeTwips(Label2, 120, 240, 2775, 255);
+    Label2 = makeLabel(this, "Label2", QStringLiteral("Sökväg till patientkatalog:"), 120, 240,
+                       2775, 255);
     Label2->setFont(verdana(8.25));
-    CancelButton = makeButton(this, "CancelButton", QStringLiteral("Avbryt"), 2400, 1320);
+    CancelButton =
+        makeButton(this, "CancelButton", QStringLiteral("Avbryt"), 2400, 1320, 1215, 285);
+    for (QPushButton *button : {cmdBrowse, OKButton, CancelButton}) {
+        button->setFont(verdana(8.25));
+        QPalette palette = button->palette();
+        palette.setColor(QPalette::Button, QColor(0xE0, 0xE0, 0xE0));
+        button->setPalette(palette);
+    }
     applyTabOrder({{0, txtPath}, {1, cmdBrowse}, {2, OKButton}, {4, CancelButton}});
 
     connect(cmdBrowse, &QPushButton::clicked, this, &frmSettings::cmdBrowse_Click);

@@ -27,47 +27,6 @@
 #include <optional>
 
 namespace mirelo::screens {
-namespace {
-
-QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
-                  int width, int height, bool bold = false) {
-    auto *label = makeControlAt<QLabel>(parent, name, caption, left, top, width, height);
-    if (bold) {
-        label->setFont(verdana(8.25, true));
-    }
-    return label;
-}
-
-// The panel's value labels grow to their text from their designed width; where a caption
-// follows on the same line, no further than a gap before it.
-QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top,
-                       std::optional<int> nextCaptionLeft = std::nullopt) {
-    QLabel *label = makeLabel(parent, name, QString(), left, top, 60, 195);
-    label->setMinimumWidth(px(60));
-    if (nextCaptionLeft) {
-        label->setMaximumWidth(px(*nextCaptionLeft - 120 - left));
-    }
-    return label;
-}
-
-// The seven pictures of the grid, by their place from 1: tick, empty box, warning, two unused
-// letters, note, allergy history.
-std::vector<QPixmap> ImageList1() {
-    std::vector<QPixmap> images;
-    for (int number = 1; number <= 7; ++number) {
-        images.emplace_back(QStringLiteral(":/icons/imagelist1_%1.svg").arg(number));
-    }
-    return images;
-}
-
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
-                        int top, int width, int height) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
-    button->setAutoDefault(false);
-    return button;
-}
-
-} // namespace
 
 frmShowPatient::frmShowPatient() {
     setObjectName(QStringLiteral("frmShowPatient"));
@@ -83,8 +42,7 @@ frmShowPatient::frmShowPatient() {
     Image2->setScaledContents(true);
 
     Label1 = makeLabel(this, "Label1", QStringLiteral("Patient:"), 360, 360, 1455, 255);
-    txtPnr = makeLabel(this, "txtPnr", QString(), 1080, 360, 510, 195);
-    txtPnr->setMinimumWidth(px(510));
+    txtPnr = makeValueLabel(this, "txtPnr", 1080, 360, 510, 195);
     txtFName = makeLabel(this, "txtFName", QString(), 2520, 360, 810, 195);
     txtStreet = makeLabel(this, "txtStreet", QString(), 5640, 420, 2355, 255);
     txtZipCity = makeLabel(this, "txtZipCity", QString(), 5640, 720, 2415, 255);
@@ -93,14 +51,18 @@ frmShowPatient::frmShowPatient() {
     Frame1 = makeControl<QGroupBox>(this, "Frame1");
     placeTwips(Frame1, 360, 1320, 6975, 1215);
     Frame1->setAutoFillBackground(true);
-    Label9 = makeLabel(Frame1, "Label9", QStringLiteral("Insatt av:"), 120, 300, 945, 195, true);
-    Label12 = makeValueLabel(Frame1, "Label12", 1200, 300, 3720);
-    Label15 = makeLabel(Frame1, "Label15", QStringLiteral("Tidpunkt:"), 3720, 300, 915, 195, true);
-    Label16 = makeValueLabel(Frame1, "Label16", 4750, 300);
-    Label10 = makeLabel(Frame1, "Label10", QStringLiteral("Utsatt av:"), 120, 600, 945, 195, true);
-    Label13 = makeValueLabel(Frame1, "Label13", 1200, 600, 3720);
-    Label14 = makeLabel(Frame1, "Label14", QStringLiteral("Tidpunkt:"), 3720, 600, 915, 195, true);
-    Label17 = makeValueLabel(Frame1, "Label17", 4750, 600);
+    Label9 = makeLabel(Frame1, "Label9", QStringLiteral("Insatt av:"), 120, 300, 945, 195);
+    Label12 = makeValueLabel(Frame1, "Label12", 1200, 300, 60, 195, 3720);
+    Label15 = makeLabel(Frame1, "Label15", QStringLiteral("Tidpunkt:"), 3720, 300, 915, 195);
+    Label16 = makeValueLabel(Frame1, "Label16", 4750, 300, 60, 195);
+    Label10 = makeLabel(Frame1, "Label10", QStringLiteral("Utsatt av:"), 120, 600, 945, 195);
+    Label13 = makeValueLabel(Frame1, "Label13", 1200, 600, 60, 195, 3720);
+    Label14 = makeLabel(Frame1, "Label14", QStringLiteral("Tidpunkt:"), 3720, 600, 915, 195);
+    Label17 = makeValueLabel(Frame1, "Label17", 4750, 600, 60, 195);
+    // The detail panel's captions stand out in bold.
+    for (QLabel *caption : {Label9, Label15, Label10, Label14}) {
+        caption->setFont(verdana(8.25, true));
+    }
     Image1 = makeControl<QLabel>(Frame1, "Image1");
     placeTwips(Image1, 120, 885, 210, 225);
     Image1->setPixmap(QPixmap(QStringLiteral(":/pictures/warning_small.svg")));
@@ -131,14 +93,13 @@ frmShowPatient::frmShowPatient() {
     Label8 = makeLabel(this, "Label8", QStringLiteral("Inkludera läkemedelshistorik"), 6060, 2750,
                        2895, 240);
 
-    FlexGrid = makeControl<platform::FlexGrid>(this, "FlexGrid");
-    placeTwips(FlexGrid, 300, 3000, 11295, 3570);
-    FlexGrid->setImageList(ImageList1());
+    // The seven pictures, by their place from 1: tick, empty box, warning, two unused letters,
+    // note, allergy history.
+    FlexGrid = makeProductGrid(
+        this, "FlexGrid", medication_grid,
+        platform::ImageList::FromFiles(QStringLiteral(":/icons/imagelist1_%1.svg"), 7), 300, 3000,
+        11295, 3570);
     FlexGrid->setFont(verdana(8.25));
-    FlexGrid->setCols(medication_grid.Cols);
-    FlexGrid->setRows(medication_grid.RowsAtStart);
-    FlexGrid->setFixedRows(medication_grid.FixedRows);
-    FlexGrid->setFixedCols(medication_grid.FixedCols);
 
     Label2 =
         makeLabel(this, "Label2", QStringLiteral("= Notering om preparat"), 570, 6615, 2220, 225);
@@ -253,40 +214,14 @@ void frmShowPatient::FlexGrid_SelChange() {
     }
 }
 
-void frmShowPatient::SelectFlexGridRow(platform::FlexGrid *grid, int row) {
-    if (grid->Rows() < 2) {
-        return;
-    }
-    if (row == 0) {
-        grid->setHighLight(0);
-        return;
-    }
-    grid->setHighLight(1);
-    grid->setRow(row);
-    grid->setCol(grid->FixedCols());
-    grid->setColSel(grid->Cols() - 1);
-}
-
 void frmShowPatient::SelectFlexGridID(const std::string &id) {
-    if (FlexGrid->Rows() < 2) {
-        return;
-    }
-    if (id.empty()) {
-        FlexGrid->setHighLight(0);
-        return;
-    }
-    FlexGrid->setCol(medication_grid.ID);
-    // No end test of its own: an id that isn't in the grid runs into the row past the last,
-    // and setting that row fails.
-    for (int row = 1;; ++row) {
-        FlexGrid->setRow(row);
-        if (FlexGrid->TextMatrix(row, medication_grid.ID).toStdString() == id) {
-            FlexGrid_SelChange();
-            FlexGrid->setHighLight(1);
-            FlexGrid->setCol(FlexGrid->FixedCols());
-            FlexGrid->setColSel(FlexGrid->Cols() - 1);
-            return;
-        }
+    if (!selectFoundRow(FlexGrid, RowOfId(shownGrid(FlexGrid), id),
+                        [this] { FlexGrid_SelChange(); })) {
+        // The search has no end test of its own: it runs down the ID column past the last row,
+        // and setting that row fails.
+        FlexGrid->setCol(medication_grid.ID);
+        FlexGrid->setRow(FlexGrid->Rows() - 1);
+        FlexGrid->setRow(FlexGrid->Rows());
     }
 }
 
@@ -305,8 +240,7 @@ void frmShowPatient::FlexGrid_MouseDown(int button) {
             openAllergyHistoryOfCurrentRow();
         }
     } catch (const MireloError &error) {
-        const platform::MsgBoxRequest box = MouseDownFailureBox(error);
-        platform::MsgBox(box.text, box.buttons, box.icon, box.title);
+        platform::MsgBox(MouseDownFailureBox(error));
     }
 }
 
@@ -387,8 +321,7 @@ void frmShowPatient::chkMode_Click() {
         FlexGrid_SelChange();
     } catch (const MireloError &error) {
         const ChkModeFailure failure = ChkModeFailureReport(error);
-        platform::MsgBox(failure.box.text, failure.box.buttons, failure.box.icon,
-                         failure.box.title);
+        platform::MsgBox(failure.box);
         if (failure.backToSearch) {
             cmdNyPatient_Click();
         }

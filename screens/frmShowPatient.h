@@ -79,7 +79,6 @@ class frmShowPatient : public QWidget {
 
     void FlexGrid_SelChange();
     void FlexGrid_MouseDown(int button);
-    void SelectFlexGridRow(platform::FlexGrid *grid, int row);
     void SelectFlexGridID(const std::string &id);
     void chkMode_Click();
     void cmdPatInfo_Click();

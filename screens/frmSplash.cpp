@@ -19,25 +19,6 @@
 #include <QScreen>
 
 namespace mirelo::screens {
-namespace {
-
-QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
-                  int width, int height) {
-    auto *label = makeControlAt<QLabel>(parent, name, caption, left, top, width, height);
-    label->setFont(verdana(6.75));
-    return label;
-}
-
-QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
-                        int top, int width, int height) {
-    auto *button = makeControlAt<QPushButton>(parent, name, caption, left, top, width, height);
-    button->setFont(verdana(8.25));
-    button->setAutoDefault(false);
-    button->setStyleSheet(QStringLiteral("background-color: #E0E0E0;"));
-    return button;
-}
-
-} // namespace
 
 frmSplash::frmSplash() {
     setUpDialogWindow(this, CloseBox::None);
@@ -65,6 +46,13 @@ frmSplash::frmSplash() {
     lblSupportInfo = makeLabel(this, "lblSupportInfo", QString(), 1320, 3120, 3852, 492);
     Command1 = makeButton(this, "Command1", QStringLiteral("Avsluta"), 3480, 4320, 1035, 285);
     Label1 = makeLabel(this, "Label1", QStringLiteral("Användarnamn:"), 1320, 1560, 1692, 252);
+    for (QLabel *label : {Label3, Label2, Label4, lblSupportInfo, Label1}) {
+        label->setFont(verdana(6.75));
+    }
+    for (QPushButton *button : {Submit, Command1}) {
+        button->setFont(verdana(8.25));
+        button->setStyleSheet(QStringLiteral("background-color: #E0E0E0;"));
+    }
 
     // The password box shows a star for every character typed.
     txtPassword->setStyleSheet(QStringLiteral("lineedit-password-character: 42;"));

@@ -24,11 +24,13 @@ class NoteTextBox : public QPlainTextEdit {
 
 } // namespace
 
-QPlainTextEdit *makeNoteTextBox(QWidget *parent, const char *name) {
+QPlainTextEdit *makeNoteTextBox(QWidget *parent, const char *name, int left, int top, int width,
+                                int height) {
     auto *box = makeControl<NoteTextBox>(parent, name);
     box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     box->setTabChangesFocus(true);
+    placeTwips(box, left, top, width, height);
     return box;
 }
 

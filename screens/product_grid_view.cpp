@@ -2,7 +2,6 @@
 
 #include "platform/gui/flex_grid.h"
 #include "platform/message_box.h"
-#include "records/medication_view_interaction.h"
 
 namespace mirelo::screens {
 namespace {
@@ -26,8 +25,7 @@ void setUpColumns(platform::FlexGrid *grid, std::span<const GridColumnLayout> co
             }
         }
     } catch (const MireloError &error) {
-        platform::MsgBox(SetupFlexGridFailureBox(error).text, platform::MsgBoxButtons::OK,
-                         platform::MsgBoxIcon::Stop, "Mirelo");
+        platform::MsgBox(SetupFlexGridFailureBox(error));
     }
 }
 
@@ -64,6 +62,46 @@ void showProductRows(platform::FlexGrid *grid, std::span<const GridColumnLayout>
     });
     grid->setRow(fill.currentRow);
     grid->setCol(static_cast<int>(columns.size()) - 1);
+}
+
+void SelectFlexGridRow(platform::FlexGrid *grid, int row) {
+    switch (MarkingOfRow(grid->Rows(), row)) {
+    case RowMarking::Unchanged:
+        return;
+    case RowMarking::None:
+        grid->setHighLight(0);
+        return;
+    case RowMarking::WholeRow:
+        grid->setHighLight(1);
+        grid->setRow(row);
+        grid->setCol(grid->FixedCols());
+        grid->setColSel(grid->Cols() - 1);
+        return;
+    }
+}
+
+ShownGrid shownGrid(const platform::FlexGrid *grid) {
+    return {grid->Rows(), grid->Row(),
+            [grid](int row, int col) { return grid->TextMatrix(row, col).toStdString(); }};
+}
+
+bool selectFoundRow(platform::FlexGrid *grid, const RowSearch &search,
+                    const std::function<void()> &showRow) {
+    switch (search.end) {
+    case RowSearch::End::GridWithoutRows:
+        return true;
+    case RowSearch::End::EmptyId:
+        grid->setHighLight(0);
+        return true;
+    case RowSearch::End::Found:
+        grid->setRow(search.row);
+        showRow();
+        SelectFlexGridRow(grid, search.row);
+        return true;
+    case RowSearch::End::NotFound:
+        return false;
+    }
+    return false;
 }
 
 } // namespace mirelo::screens

@@ -1,5 +1,6 @@
 #include "screens/screen_layout.h"
 
+#include "platform/gui/flex_grid.h"
 #include "screens/dialog_window.h"
 
 #include <QAction>
@@ -61,6 +62,44 @@ void showLoggedIn(QLabel *caption, QLabel *value, const std::string &signature) 
 
 QString dataCaption(const std::string &text) {
     return QString::fromStdString(text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
+                  int width, int height) {
+    auto *label = makeControl<QLabel>(parent, name, caption);
+    placeTwips(label, left, top, width, height);
+    return label;
+}
+
+QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
+                        int top, int width, int height) {
+    auto *button = makeControl<QPushButton>(parent, name, caption);
+    placeTwips(button, left, top, width, height);
+    button->setAutoDefault(false);
+    return button;
+}
+
+QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top, int width, int height,
+                       std::optional<int> nextCaptionLeft) {
+    QLabel *label = makeLabel(parent, name, QString(), left, top, width, height);
+    label->setMinimumWidth(px(width));
+    if (nextCaptionLeft) {
+        label->setMaximumWidth(px(*nextCaptionLeft - 120 - left));
+    }
+    return label;
+}
+
+platform::FlexGrid *makeProductGrid(QWidget *parent, const char *name,
+                                    const ProductGridShape &shape, platform::ImageList pictures,
+                                    int left, int top, int width, int height) {
+    auto *grid = makeControl<platform::FlexGrid>(parent, name);
+    placeTwips(grid, left, top, width, height);
+    grid->setImageList(std::move(pictures));
+    grid->setCols(shape.Cols);
+    grid->setRows(shape.RowsAtStart);
+    grid->setFixedRows(shape.FixedRows);
+    grid->setFixedCols(shape.FixedCols);
+    return grid;
 }
 
 void centreOnOwner(QWidget *dialog, const QWidget *owner) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/gui/image_list.h"
+#include "records/product_grid.h"
 #include "screens/writable_text.h"
 
 #include <QAbstractButton>
@@ -7,12 +9,18 @@
 #include <QFont>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QString>
 #include <QWidget>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
+
+namespace mirelo::platform {
+class FlexGrid;
+}
 
 namespace mirelo::screens {
 
@@ -67,14 +75,24 @@ Control *makeControl(QWidget *parent, const char *name, Args &&...args) {
     return control;
 }
 
-// A named control with its caption, at its designed place and size in twips.
-template <typename Control>
-Control *makeControlAt(QWidget *parent, const char *name, const QString &caption, int left, int top,
-                       int width, int height) {
-    auto *control = makeControl<Control>(parent, name, caption);
-    placeTwips(control, left, top, width, height);
-    return control;
-}
+// A label with its caption at its designed place.
+QLabel *makeLabel(QWidget *parent, const char *name, const QString &caption, int left, int top,
+                  int width, int height);
+
+// A push button at its designed place. It never becomes a dialog's default by taking the focus:
+// Enter presses the default button a screen names, or one a screen lets Enter press.
+QPushButton *makeButton(QWidget *parent, const char *name, const QString &caption, int left,
+                        int top, int width, int height);
+
+// A value label that grows to its text from its designed width (showValue); where a caption
+// follows on the same line, no further than a gap before it.
+QLabel *makeValueLabel(QWidget *parent, const char *name, int left, int top, int width, int height,
+                       std::optional<int> nextCaptionLeft = std::nullopt);
+
+// A grid of products at its designed place: the grid's shape, its picture list.
+platform::FlexGrid *makeProductGrid(QWidget *parent, const char *name,
+                                    const ProductGridShape &shape, platform::ImageList pictures,
+                                    int left, int top, int width, int height);
 
 // Names, titles and sizes a small modal dialog with its close box in the plain dialog font.
 void setUpModalDialog(QDialog *dialog, const char *name, const QString &title, int width,

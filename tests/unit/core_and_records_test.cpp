@@ -6,6 +6,7 @@
 #include "core/text_scrambling.h"
 #include "patient_file_builder.h"
 #include "platform/xml_serialising.h"
+#include "records/extended_info.h"
 #include "records/medical_list_update.h"
 #include "records/medication_view_interaction.h"
 #include "records/note_records.h"
@@ -104,7 +105,7 @@ class StoreTest : public ApplicationTest {
         return lines;
     }
     std::string shown(const platform::MsgBoxRequest &box) {
-        platform::MsgBox(box.text, box.buttons, box.icon, box.title);
+        platform::MsgBox(box);
         return said().at(0);
     }
     std::string marks;
@@ -686,6 +687,55 @@ TEST_F(StoreTest, a_mouse_down_follows_the_icon_under_the_left_button) {
     }
     EXPECT_EQ(shown(SetupFlexGridFailureBox(MireloError(5, "Ogiltigt"))),
               "[stop] Kunde inte skapa struktur för flexgrid: Ogiltigt");
+}
+
+// Where a search for a product's row ends, on a grid holding the fill's rows with blank ones below.
+std::string searched(const ProductGridFill &fill, int currentRow,
+                     const std::function<RowSearch(const ShownGrid &)> &search) {
+    const ShownGrid grid{fill.gridRows, currentRow, [&fill](int row, int col) {
+                             return row <= std::ssize(fill.rows)
+                                        ? fill.rows[row - 1].cells[col].text
+                                        : "";
+                         }};
+    const RowSearch found = search(grid);
+    const char *ends[] = {"no rows", "empty id", "row ", "not found"};
+    return ends[static_cast<int>(found.end)] + (found.row != 0 ? std::to_string(found.row) : "");
+}
+
+// The extended information seeks a product by its ID, else by its product number, no further down
+// than the current row, where its fill left the later of the last red twins; an empty product
+// number finds a blank row. The view seeks the ID in the whole grid. A grid of its heading alone
+// finds nothing, and an empty ID takes the marking away, as the heading row does.
+TEST_F(StoreTest, a_product_is_sought_by_its_id_no_further_down_than_its_grid_allows) {
+    platform::XmlDocument document;
+    ASSERT_TRUE(document.loadXML(
+        patientText(Pnr, "T", "T",
+                    {{.id = "A2", .regNr = "100", .atcCode = "X01", .note = "a"},
+                     {.id = "A1", .regNr = "100", .atcCode = "X01", .note = "äldre"},
+                     {.id = "B", .regNr = "200", .atcCode = "X01", .allergic = "1"},
+                     {.id = "C", .regNr = "300", .atcCode = "Y01"},
+                     {.id = "D", .regNr = "400", .atcCode = "", .note = "d"},
+                     {.id = "E", .regNr = "500", .atcCode = "", .note = "e"},
+                     {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g"}})));
+    const extended_info::Fill notes = extended_info::FillFlexGrid(document, true, 11);
+    const MedicationOverview view = FillFlexGrid(document, true, 14);
+    ASSERT_EQ(notes.currentRow, 4);
+    const auto inNotes = [&](int currentRow, const std::string &id, const std::string &regNr) {
+        return searched(notes, currentRow, [&](const ShownGrid &grid) {
+            return extended_info::RowOfProduct(grid, id, regNr);
+        });
+    };
+    const auto inView = [](const ProductGridFill &fill, const std::string &id) {
+        return searched(fill, 0, [&](const ShownGrid &grid) { return RowOfId(grid, id); });
+    };
+    EXPECT_EQ((Texts{inNotes(4, "G", ""), inNotes(4, "Q", "400"), inNotes(4, "E", ""),
+                     inNotes(4, "Q", "600"), inNotes(7, "Q", ""), inNotes(4, "", "400")}),
+              (Texts{"not found", "row 3", "row 4", "not found", "row 6", "empty id"}));
+    EXPECT_EQ((Texts{inView(view, "G"), inView(view, "Q"), inView(view, ""),
+                     inView(ProductGridFill{.gridRows = 1}, "G")}),
+              (Texts{"row 7", "not found", "empty id", "no rows"}));
+    EXPECT_EQ((std::vector{MarkingOfRow(1, 1), MarkingOfRow(14, 0), MarkingOfRow(14, 13)}),
+              (std::vector{RowMarking::Unchanged, RowMarking::None, RowMarking::WholeRow}));
 }
 
 using namespace platform;
