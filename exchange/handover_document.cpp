@@ -2,8 +2,8 @@
 
 #include "build_config.h"
 #include "core/application_context.h"
-#include "core/document_building.h"
 #include "core/mirelo_error.h"
+#include "platform/document_building.h"
 #include "platform/message_box.h"
 
 namespace mirelo {
@@ -12,7 +12,7 @@ std::optional<platform::XmlDocument> CreatePrescriptionXML(platform::XmlDocument
                                                            const std::string &pnr) {
     try {
         platform::XmlDocument handover;
-        const platform::XmlNode root = StartDocument(handover, "Patient");
+        const platform::XmlNode root = platform::StartDocument(handover, "Patient");
         const platform::XmlNode prescriber = root.appendElement("PrescriberInfo");
         prescriber.appendElement("Username", session().gUsername);
         prescriber.appendElement("Password", session().gPassword);

@@ -2,12 +2,12 @@
 
 #include "build_config.h"
 #include "core/application_context.h"
-#include "core/document_building.h"
 #include "core/mirelo_error.h"
-#include "core/settings_store.h"
+#include "platform/document_building.h"
 #include "platform/http_request.h"
 #include "platform/message_box.h"
 #include "platform/process_end.h"
+#include "records/settings_store.h"
 
 #include <cstdint>
 #include <limits>
@@ -51,7 +51,7 @@ void attemptLogin(const LoginScreenInput &screen, const OpenMainFrame &openMainF
 
 platform::XmlDocument BuildLoginXML(const std::string &username, const std::string &password) {
     platform::XmlDocument document;
-    const platform::XmlNode root = StartDocument(document, "User");
+    const platform::XmlNode root = platform::StartDocument(document, "User");
     root.appendElement("Username", username);
     root.appendElement("Password", password);
     root.appendElement("Version", build::version);

@@ -2,8 +2,8 @@
 // tests use, so that the seeds are the files and answers Mirelo meets in use; and a dictionary
 // of their element names.
 #include "core/application_context.h"
-#include "core/document_building.h"
 #include "patient_file_builder.h"
+#include "platform/document_building.h"
 #include "prescription_message_builder.h"
 #include "settings_file_builder.h"
 #include "test_environment.h"
@@ -125,7 +125,7 @@ std::vector<std::string> settingsSeeds(const fs::path &scratch) {
 
 std::string loginAnswer(const std::vector<std::pair<std::string, std::string>> &messages) {
     platform::XmlDocument answer;
-    const platform::XmlNode root = StartDocument(answer, "LoginResponse");
+    const platform::XmlNode root = platform::StartDocument(answer, "LoginResponse");
     root.appendElement("Signature", "Dr Märta Åström");
     for (const auto &[status, description] : messages) {
         const platform::XmlNode message = root.appendElement("Message");

@@ -5,9 +5,9 @@
 // leaves a file the next start can read with the user name kept.
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
-#include "core/settings_store.h"
 #include "fuzz_environment.h"
 #include "platform/xml_document.h"
+#include "records/settings_store.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,9 @@
 #include "intake/message_to_patient.h"
 
-#include "core/document_building.h"
 #include "core/personal_number.h"
-#include "core/text_file.h"
 #include "intake/medication_list_merge.h"
 #include "intake/message_bounds.h"
+#include "platform/document_building.h"
 #include "platform/file_system.h"
 #include "records/patient_file.h"
 
@@ -91,7 +90,7 @@ MessageIntake TakeInPrescriptionFile(const std::string &path) {
     const std::string stored = StoredPatientBytes(patient);
     const std::uintmax_t before = known ? platform::GetFileStamp(patientPath).size : 0;
     CheckGrowth(stored.size() > before ? stored.size() - before : 0, messageBytes);
-    WriteTextFile(stored, patientPath);
+    platform::WriteAllBytes(patientPath, stored);
     return {true, pnr};
 }
 
@@ -102,7 +101,7 @@ std::string ImportPrescriptionFile(const std::string &path) {
 
 platform::XmlDocument NewPatientDocument() {
     platform::XmlDocument patient;
-    const platform::XmlNode root = StartDocument(patient, "Patient");
+    const platform::XmlNode root = platform::StartDocument(patient, "Patient");
     const platform::XmlNode data = root.appendElement("PatientData");
     for (const char *field : {"FamilyName", "FirstGivenName", "Pnr", "StreetName", "PostalCode",
                               "City", "GeneralInfo", "GeneralInfoBy", "GeneralInfoTimestamp"}) {

@@ -1,9 +1,9 @@
 #include "intake/product_number_check.h"
 
 #include "core/application_context.h"
-#include "core/document_building.h"
 #include "core/mirelo_error.h"
 #include "intake/message_paths.h"
+#include "platform/document_building.h"
 #include "platform/http_request.h"
 
 namespace mirelo {
@@ -17,7 +17,7 @@ std::string itemText(const platform::XmlNode &item, const char *query) {
 
 platform::XmlDocument BuildVnrXML(const platform::XmlDocument &message) {
     platform::XmlDocument document;
-    const platform::XmlNode root = StartDocument(document, "VnrCheck");
+    const platform::XmlNode root = platform::StartDocument(document, "VnrCheck");
 
     for (const platform::XmlNode &item : message.selectNodes("//PrescriptionItemDetails")) {
         const platform::XmlNode product = root.appendElement("Product");

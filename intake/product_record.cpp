@@ -2,9 +2,9 @@
 
 #include "core/clock.h"
 #include "core/conversions.h"
-#include "core/document_building.h"
 #include "intake/message_bounds.h"
 #include "intake/message_paths.h"
+#include "platform/document_building.h"
 
 #include <optional>
 #include <string>
@@ -197,7 +197,7 @@ std::vector<std::string> AppendNefProducts(const platform::XmlDocument &message,
 
 platform::XmlDocument BuildNefXML(const platform::XmlDocument &message) {
     platform::XmlDocument products;
-    AppendNefProducts(message, StartDocument(products, "VnrCheck"));
+    AppendNefProducts(message, platform::StartDocument(products, "VnrCheck"));
     return products;
 }
 

@@ -1,7 +1,7 @@
 #include "login_route.h"
 
 #include "answers.h"
-#include "core/document_building.h"
+#include "platform/document_building.h"
 
 #include <httplib.h>
 
@@ -36,7 +36,7 @@ void answerLogin(const Users &users, const httplib::Request &request, httplib::R
     }
 
     XmlDocument answer;
-    const XmlNode root = mirelo::StartDocument(answer, "LoginResponse");
+    const XmlNode root = mirelo::platform::StartDocument(answer, "LoginResponse");
     if (user.signature) {
         root.appendElement("Signature", *user.signature);
     }

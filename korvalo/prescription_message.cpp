@@ -1,6 +1,6 @@
 #include "prescription_message.h"
 
-#include "core/document_building.h"
+#include "platform/document_building.h"
 #include "platform/file_system.h"
 
 #include <atomic>
@@ -88,7 +88,7 @@ std::string IssueTimestampNow() {
 
 std::string WritePrescriptionMessage(const std::string &inbox, const Prescription &prescription) {
     XmlDocument document;
-    const XmlNode root = mirelo::StartDocument(document, "NewPrescriptionMessage");
+    const XmlNode root = mirelo::platform::StartDocument(document, "NewPrescriptionMessage");
     const XmlNode message = root.appendElement("PrescriptionMessage");
     appendPath(message, "GeneralPrescriptionMessageInformation/IdOfMessageByOriginator")
         .appendElement("IssueDateAndTimeOfMessage", prescription.issued);

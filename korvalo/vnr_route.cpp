@@ -1,7 +1,7 @@
 #include "vnr_route.h"
 
 #include "answers.h"
-#include "core/document_building.h"
+#include "platform/document_building.h"
 
 #include <httplib.h>
 
@@ -19,7 +19,7 @@ void answerVnrCheck(const httplib::Request &request, httplib::Response &response
         return;
     }
     XmlDocument answer;
-    const XmlNode root = mirelo::StartDocument(answer, "VnrCheckResponse");
+    const XmlNode root = mirelo::platform::StartDocument(answer, "VnrCheckResponse");
     for (const XmlNode &product : check.selectNodes("/VnrCheck/Product")) {
         const XmlNode checked = root.appendElement("Product");
         const XmlNode vnr = product.selectSingleNode("Vnr");

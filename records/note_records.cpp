@@ -2,7 +2,7 @@
 
 #include "core/clock.h"
 #include "core/conversions.h"
-#include "core/document_building.h"
+#include "platform/document_building.h"
 #include "platform/file_system.h"
 #include "platform/message_box.h"
 #include "records/patient_file.h"

@@ -2,7 +2,6 @@
 
 #include "core/application_context.h"
 #include "core/mirelo_error.h"
-#include "core/text_file.h"
 #include "core/text_scrambling.h"
 #include "platform/file_system.h"
 
@@ -71,7 +70,7 @@ bool IsPatientFileName(const std::string &pnr) {
 }
 
 std::string ReadPatientText(const std::string &path) {
-    std::string text = UnscrambleText(ReadTextFile(path));
+    std::string text = UnscrambleText(platform::ReadAllBytes(path));
     dropTabs(text);
     return text;
 }
@@ -94,11 +93,11 @@ PatientReading ReadPatientFolderFile(const std::string &pnr) {
 }
 
 platform::XmlDocument ReadPatientFileKeepingTabs(const std::string &path) {
-    return parsePatientText(UnscrambleText(ReadTextFile(path)));
+    return parsePatientText(UnscrambleText(platform::ReadAllBytes(path)));
 }
 
 void WritePatientFile(const platform::XmlDocument &patient, const std::string &path) {
-    WriteTextFile(StoredPatientBytes(patient), path);
+    platform::WriteAllBytes(path, StoredPatientBytes(patient));
 }
 
 // A character that the stored code can't hold (one beyond the code page, or û, ý, þ and ÿ, which

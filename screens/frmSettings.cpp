@@ -1,9 +1,9 @@
 #include "screens/frmSettings.h"
 
 #include "core/application_context.h"
-#include "core/settings_store.h"
 #include "platform/gui/folder_picker.h"
 #include "platform/message_box.h"
+#include "records/settings_store.h"
 #include "screens/dialog_window.h"
 #include "screens/screen_instance.h"
 #include "screens/screen_layout.h"

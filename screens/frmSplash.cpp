@@ -1,9 +1,9 @@
 #include "screens/frmSplash.h"
 
-#include "core/settings_store.h"
 #include "exchange/login_exchange.h"
 #include "platform/message_box.h"
 #include "platform/process_end.h"
+#include "records/settings_store.h"
 #include "screens/dialog_window.h"
 #include "screens/mainApp.h"
 #include "screens/screen_instance.h"

@@ -1,9 +1,9 @@
-#include "core/settings_store.h"
+#include "records/settings_store.h"
 
 #include "build_config.h"
 #include "core/application_context.h"
 #include "core/conversions.h"
-#include "core/document_building.h"
+#include "platform/document_building.h"
 #include "platform/file_system.h"
 #include "platform/message_box.h"
 #include "platform/xml_document.h"
@@ -46,7 +46,7 @@ void CheckSettingsFile(LoginScreenState &screen) {
 
 void CreateSettingsFile() {
     platform::XmlDocument document;
-    const platform::XmlNode root = StartDocument(document, "Settings");
+    const platform::XmlNode root = platform::StartDocument(document, "Settings");
     root.appendElement("Username", "");
     root.appendElement("SaveUsername", std::to_string(0));
     root.appendElement("DataPath", DefaultDataFolder());

@@ -4,10 +4,10 @@
 
 #include <string>
 
-namespace mirelo {
+namespace mirelo::platform {
 
 // A document of ours opens with the ISO-8859-1 declaration, then its root element (made with
 // the type number). Gives the root.
-platform::XmlNode StartDocument(platform::XmlDocument &document, const std::string &rootName);
+XmlNode StartDocument(XmlDocument &document, const std::string &rootName);
 
-} // namespace mirelo
+} // namespace mirelo::platform
