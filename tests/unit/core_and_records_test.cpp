@@ -489,17 +489,19 @@ TEST_F(StoreTest, a_failed_note_operation_leaves_the_file_and_shows_its_box) {
     }
 }
 
-// Each row of the grid as its ID, its three icons and " red" where all its cells are red.
-Texts rowsOf(const MedicationOverview &view) {
+// Each row of a grid as its ID, its icons and " red" where all its cells are red.
+Texts rowsOf(const ProductGridFill &fill, const ProductGridShape &shape = medication_grid) {
     Texts rows;
-    for (const ProductRow &row : view.rows) {
-        std::string colours;
+    for (const ProductRow &row : fill.rows) {
+        std::string icons, colours;
+        for (int col = 0; col < shape.Product; ++col) {
+            icons += std::to_string(row.cells[col].picture);
+        }
         for (const GridCell &cell : row.cells) {
             colours += !cell.foreColor ? "" : *cell.foreColor == RgbColor{255, 0, 0} ? "r" : "?";
         }
-        rows.push_back(row.cells[7].text + " " + std::to_string(row.cells[0].picture) +
-                       std::to_string(row.cells[1].picture) + std::to_string(row.cells[2].picture) +
-                       (colours == std::string(11, 'r') ? " red" : colours));
+        rows.push_back(row.cells[shape.ID].text + " " + icons +
+                       (colours == std::string(row.cells.size(), 'r') ? " red" : colours));
     }
     return rows;
 }
@@ -689,53 +691,45 @@ TEST_F(StoreTest, a_mouse_down_follows_the_icon_under_the_left_button) {
               "[stop] Kunde inte skapa struktur för flexgrid: Ogiltigt");
 }
 
-// Where a search for a product's row ends, on a grid holding the fill's rows with blank ones below.
-std::string searched(const ProductGridFill &fill, int currentRow,
-                     const std::function<RowSearch(const ShownGrid &)> &search) {
-    const ShownGrid grid{fill.gridRows, currentRow, [&fill](int row, int col) {
-                             return row <= std::ssize(fill.rows)
-                                        ? fill.rows[row - 1].cells[col].text
-                                        : "";
-                         }};
-    const RowSearch found = search(grid);
-    const char *ends[] = {"no rows", "empty id", "row ", "not found"};
-    return ends[static_cast<int>(found.end)] + (found.row != 0 ? std::to_string(found.row) : "");
-}
-
-// The extended information seeks a product by its ID, else by its product number, no further down
-// than the current row, where its fill left the later of the last red twins; an empty product
-// number finds a blank row. The view seeks the ID in the whole grid. A grid of its heading alone
-// finds nothing, and an empty ID takes the marking away, as the heading row does.
-TEST_F(StoreTest, a_product_is_sought_by_its_id_no_further_down_than_its_grid_allows) {
+// The extended information lists the newest product of each number with a note or a warning, its
+// icons and red twins as the view's. It seeks a product by its ID, else by its product number, no
+// further down than the current row, where its fill left the later of the last red twins; an empty
+// product number finds a blank row. The view seeks the ID in the whole grid. A grid of its heading
+// alone finds nothing; an empty ID takes the marking away, as the heading row does.
+TEST_F(StoreTest, the_notes_grid_lists_and_seeks_its_products_no_further_down_than_it_allows) {
     platform::XmlDocument document;
-    ASSERT_TRUE(document.loadXML(
-        patientText(Pnr, "T", "T",
-                    {{.id = "A2", .regNr = "100", .atcCode = "X01", .note = "a"},
-                     {.id = "A1", .regNr = "100", .atcCode = "X01", .note = "äldre"},
-                     {.id = "B", .regNr = "200", .atcCode = "X01", .allergic = "1"},
-                     {.id = "C", .regNr = "300", .atcCode = "Y01"},
-                     {.id = "D", .regNr = "400", .atcCode = "", .note = "d"},
-                     {.id = "E", .regNr = "500", .atcCode = "", .note = "e"},
-                     {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g"}})));
+    ASSERT_TRUE(document.loadXML(patientText(
+        Pnr, "T", "T",
+        {{.id = "A2", .regNr = "100", .atcCode = "X01", .note = "a", .allergicHistory = "1"},
+         {.id = "A1", .regNr = "100", .atcCode = "X01", .note = "äldre"},
+         {.id = "B", .regNr = "200", .atcCode = "X01", .note = "b", .allergic = "1"},
+         {.id = "C", .regNr = "300", .atcCode = "Y01"},
+         {.id = "D", .regNr = "400", .atcCode = "", .note = "d"},
+         {.id = "E", .regNr = "500", .atcCode = "", .note = "e"},
+         {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g", .allergic = "1"}})));
     const extended_info::Fill notes = extended_info::FillFlexGrid(document, true, 11);
     const MedicationOverview view = FillFlexGrid(document, true, 14);
-    ASSERT_EQ(notes.currentRow, 4);
-    const auto inNotes = [&](int currentRow, const std::string &id, const std::string &regNr) {
-        return searched(notes, currentRow, [&](const ShownGrid &grid) {
-            return extended_info::RowOfProduct(grid, id, regNr);
-        });
+    EXPECT_EQ(rowsOf(notes, extended_info::grid),
+              (Texts{"A2 32 red", "B 01 red", "D 02 red", "E 02 red", "G 01"}));
+    EXPECT_EQ(notes.currentRow, 4);
+    // The fill's rows with blank ones below, and where searches in them end.
+    const auto grid = [](const ProductGridFill &fill, int currentRow) {
+        return ShownGrid{fill.gridRows, currentRow, [&fill](int row, int col) {
+                             return row > std::ssize(fill.rows)
+                                        ? ""
+                                        : fill.rows[row - 1].cells[col].text;
+                         }};
     };
-    const auto inView = [](const ProductGridFill &fill, const std::string &id) {
-        return searched(fill, 0, [&](const ShownGrid &grid) { return RowOfId(grid, id); });
-    };
-    EXPECT_EQ((Texts{inNotes(4, "G", ""), inNotes(4, "Q", "400"), inNotes(4, "E", ""),
-                     inNotes(4, "Q", "600"), inNotes(7, "Q", ""), inNotes(4, "", "400")}),
-              (Texts{"not found", "row 3", "row 4", "not found", "row 6", "empty id"}));
-    EXPECT_EQ((Texts{inView(view, "G"), inView(view, "Q"), inView(view, ""),
-                     inView(ProductGridFill{.gridRows = 1}, "G")}),
-              (Texts{"row 7", "not found", "empty id", "no rows"}));
-    EXPECT_EQ((std::vector{MarkingOfRow(1, 1), MarkingOfRow(14, 0), MarkingOfRow(14, 13)}),
-              (std::vector{RowMarking::Unchanged, RowMarking::None, RowMarking::WholeRow}));
+    const ShownGrid twins = grid(notes, 4), blanks = grid(notes, 7), all = grid(view, 0);
+    using extended_info::RowOfProduct;
+    using enum RowSearch::End;
+    const RowSearch none{NotFound}, emptyId{EmptyId}, noRows{GridWithoutRows};
+    const auto at = [](int row) { return RowSearch{Found, row}; };
+    EXPECT_EQ((std::vector{RowOfProduct(twins, "G", ""), RowOfProduct(twins, "Q", "400"),
+                           RowOfProduct(twins, "E", ""), RowOfProduct(twins, "Q", "600"),
+                           RowOfProduct(blanks, "Q", ""), RowOfProduct(twins, "", "400"),
+                           RowOfId(all, "G"), RowOfId(all, "Q"), RowOfId({.rows = 1}, "G")}),
+              (std::vector{none, at(3), at(4), none, at(6), emptyId, at(7), none, noRows}));
 }
 
 using namespace platform;
