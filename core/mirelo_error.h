@@ -30,6 +30,8 @@ inline constexpr int32_t PatientFileDamaged = static_cast<int32_t>(0x80040204);
 inline constexpr int32_t InboxMissing = static_cast<int32_t>(0x80040205);
 inline constexpr int32_t PrescriptionFileDamaged = static_cast<int32_t>(0x80040206);
 inline constexpr int32_t PatientFileMissing = static_cast<int32_t>(0x80040207);
+// Another workstation holds the patient's file for a change longer than a writer waits.
+inline constexpr int32_t PatientFileBusy = static_cast<int32_t>(0x80040208);
 
 // What the HTTP object fails with when the server can't be reached.
 inline constexpr int32_t ServerUnreachable = static_cast<int32_t>(0x800C0005);

@@ -1,12 +1,12 @@
 #include "platform/file_system.h"
 
 #include "core/mirelo_error.h"
+#include "platform/file_error.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
@@ -20,34 +20,9 @@ namespace fs = std::filesystem;
 namespace mirelo::platform {
 namespace {
 
-[[noreturn]] void raiseFor(int error) {
-    switch (error) {
-    case ENOENT:
-        runtime::raise(runtime::FileNotFound);
-    case ENOTDIR:
-        runtime::raise(runtime::PathNotFound);
-    case EEXIST:
-        runtime::raise(runtime::FileAlreadyExists);
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        runtime::raise(runtime::PermissionDenied);
-    default:
-        throw MireloError(runtime::PermissionDenied,
-                          runtime::description(runtime::PermissionDenied) + " (" +
-                              std::strerror(error) + ")");
-    }
-}
-
 bool isRegularFile(const std::string &path) {
     std::error_code ignored;
     return fs::is_regular_file(path, ignored);
-}
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
 }
 
 // Beyond this many letters in a name, a look-up regardless of case walks the folder.
@@ -71,7 +46,7 @@ class PendingFile {
                         .string();
             descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
             if (descriptor_ < 0 && errno != EEXIST) {
-                raiseFor(errno);
+                RaiseFileError(errno);
             }
         }
     }
@@ -97,12 +72,12 @@ class PendingFile {
                 continue;
             }
             if (step <= 0) {
-                raiseFor(step < 0 ? errno : ENOSPC);
+                RaiseFileError(step < 0 ? errno : ENOSPC);
             }
             written += static_cast<size_t>(step);
         }
         if (::fsync(descriptor_) != 0) {
-            raiseFor(errno);
+            RaiseFileError(errno);
         }
     }
 
@@ -110,10 +85,10 @@ class PendingFile {
         const int closed = ::close(descriptor_);
         descriptor_ = -1;
         if (closed != 0) {
-            raiseFor(errno);
+            RaiseFileError(errno);
         }
         if (std::rename(path_.c_str(), target.c_str()) != 0) {
-            raiseFor(errno);
+            RaiseFileError(errno);
         }
         path_.clear();
         syncFolder(fs::path(target).parent_path());
@@ -142,7 +117,7 @@ bool FileExists(const std::string &path) {
 FileStamp GetFileStamp(const std::string &path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) {
-        raiseFor(errno);
+        RaiseFileError(errno);
     }
     const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) +
                             std::chrono::nanoseconds(status.st_mtim.tv_nsec);
@@ -170,7 +145,7 @@ void CreateFolder(const std::string &path) {
     }
     std::error_code error;
     if (!fs::create_directory(folder, error)) {
-        raiseFor(error.value());
+        RaiseFileError(error.value());
     }
 }
 
@@ -207,6 +182,13 @@ std::vector<FileEntry> GetFolderFiles(const std::string &path,
     return files;
 }
 
+std::string FoldedFileName(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return name;
+}
+
 std::optional<std::string> FindFileIgnoringCase(const std::string &path) {
     if (isRegularFile(path)) {
         return path;
@@ -236,12 +218,12 @@ std::optional<std::string> FindFileIgnoringCase(const std::string &path) {
         }
         return std::nullopt;
     }
-    const std::string wantedName = lowerCase(name);
+    const std::string wantedName = FoldedFileName(name);
     std::error_code error;
     for (const fs::directory_entry &entry : fs::directory_iterator(wanted.parent_path(), error)) {
         std::error_code ignored;
         if (entry.is_regular_file(ignored) &&
-            lowerCase(entry.path().filename().string()) == wantedName) {
+            FoldedFileName(entry.path().filename().string()) == wantedName) {
             return entry.path().string();
         }
     }
@@ -265,7 +247,7 @@ void MoveFile(const std::string &source, const std::string &destination) {
         runtime::raise(runtime::FileNotFound);
     }
     if (std::rename(source.c_str(), destination.c_str()) != 0) {
-        raiseFor(errno);
+        RaiseFileError(errno);
     }
 }
 
@@ -279,14 +261,14 @@ void DeleteFile(const std::string &path, bool force) {
         runtime::raise(runtime::PermissionDenied);
     }
     if (std::remove(path.c_str()) != 0) {
-        raiseFor(errno);
+        RaiseFileError(errno);
     }
 }
 
 std::string ReadAllBytes(const std::string &path) {
     FileHandle file(std::fopen(path.c_str(), "rb"));
     if (!file) {
-        raiseFor(errno);
+        RaiseFileError(errno);
     }
     std::string bytes;
     char chunk[65536];
@@ -295,7 +277,7 @@ std::string ReadAllBytes(const std::string &path) {
         bytes.append(chunk, read);
     }
     if (std::ferror(file.get())) {
-        raiseFor(errno);
+        RaiseFileError(errno);
     }
     return bytes;
 }
@@ -314,7 +296,7 @@ void WriteAllBytes(const std::string &path, const std::string &bytes) {
     // it is whole on disk: a full disk or a cut write leaves the patient's file as it was.
     PendingFile pending(target);
     if (replacing && ::fchmod(pending.descriptor(), status.st_mode & 07777) != 0) {
-        raiseFor(errno);
+        RaiseFileError(errno);
     }
     pending.write(bytes);
     pending.replace(path);

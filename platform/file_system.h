@@ -33,6 +33,9 @@ std::vector<FileEntry> GetFolderFiles(const std::string &path);
 // The same, of only the files whose name passes `keep`; the others cost no more than their name.
 std::vector<FileEntry> GetFolderFiles(const std::string &path,
                                       const std::function<bool(const std::string &)> &keep);
+// A name as the look-up regardless of case compares it: its ASCII letters in lower case, whatever
+// the locale, so that every workstation folds a name alike.
+std::string FoldedFileName(std::string name);
 // The path itself when the file is there, else the path of the file whose name matches its
 // name regardless of case; nothing when there is neither.
 std::optional<std::string> FindFileIgnoringCase(const std::string &path);

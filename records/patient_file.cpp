@@ -69,6 +69,15 @@ bool IsPatientFileName(const std::string &pnr) {
            pnr.find("..") == std::string::npos;
 }
 
+PatientFileLock::PatientFileLock(const std::string &pnr, std::chrono::milliseconds patience)
+    : pnr_(pnr), lock_(session().gDataPath, pnr, patience) {
+    if (!lock_.held()) {
+        throw MireloError(errors::PatientFileBusy,
+                          "Patienten ändras just nu på en annan arbetsstation. Inget har sparats; "
+                          "försök igen om en stund.");
+    }
+}
+
 std::string ReadPatientText(const std::string &path) {
     std::string text = UnscrambleText(platform::ReadAllBytes(path));
     dropTabs(text);

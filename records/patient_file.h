@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/record_lock.h"
 #include "platform/xml_document.h"
 
+#include <chrono>
 #include <string>
 
 namespace mirelo {
@@ -14,6 +16,31 @@ std::string PatientFilePath(const std::string &pnr);
 // Whether a personal number can name a file in the data folder: no path separator, no "..",
 // no control character. A number that can't is never looked up or written.
 bool IsPatientFileName(const std::string &pnr);
+
+// How long a writer waits for a patient whom another workstation is changing. A change there
+// takes tens of milliseconds, a few hundred over a slow link or behind a queue of writers; the
+// physician is never kept waiting longer than this.
+inline constexpr std::chrono::milliseconds PatientLockPatience{3000};
+
+// Makes its holder the one writer of a patient's file among all the workstations that share the
+// data folder, for as long as it lives: taken where an operation reads the file in order to
+// change it, and let go after the new file has taken the old one's place, so that no change is
+// ever written over one it didn't read. Readers that only show take none: the rename gives them
+// a whole file, old or new. The lock is the patient's number in any case of its letters, as the
+// file is found, not the spelling of the file's name.
+// Past `patience` it fails with 0x80040208 "Patienten ändras just nu på en annan arbetsstation.
+// Inget har sparats; försök igen om en stund.", before the file is read.
+class PatientFileLock {
+  public:
+    explicit PatientFileLock(const std::string &pnr,
+                             std::chrono::milliseconds patience = PatientLockPatience);
+
+    const std::string &pnr() const { return pnr_; }
+
+  private:
+    std::string pnr_;
+    platform::RecordLock lock_;
+};
 
 // Read, unscramble and drop every tab, the tabs the serialiser put in front of nested elements
 // and any inside values too, so that they don't pile up with each reading and writing.
