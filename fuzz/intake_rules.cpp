@@ -4,6 +4,7 @@
 #include "core/text_scrambling.h"
 #include "file_bytes.h"
 #include "intake/message_bounds.h"
+#include "platform/record_lock.h"
 #include "platform/xml_document.h"
 #include "records/patient_file.h"
 
@@ -20,10 +21,11 @@ using Files = std::map<std::string, std::string>;
 
 const std::string PatientSeparator = "\n=====PATIENT=====\n";
 
+// Every file but the data folder's lock file, which holds nothing and stays once made.
 Files filesUnder(const std::string &folder) {
     Files files;
     for (const auto &entry : fs::recursive_directory_iterator(folder)) {
-        if (!entry.is_directory()) {
+        if (!entry.is_directory() && entry.path().filename() != platform::RecordLockFileName) {
             files[entry.path().string()] = testing::readBytes(entry.path().string());
         }
     }

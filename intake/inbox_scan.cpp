@@ -91,6 +91,7 @@ bool ReadFolder(UnfinishedMessages &unfinished) {
 
     bool handled = false;
     UnfinishedMessages stillUnfinished;
+    std::chrono::milliseconds lockPatience = PatientLockPatience;
     for (const platform::FileEntry &file : platform::GetFolderFiles(inbox)) {
         if (!isMessageName(file.Name)) {
             continue;
@@ -101,7 +102,21 @@ bool ReadFolder(UnfinishedMessages &unfinished) {
             continue;
         }
         // The message is deleted only after its patient file has been written.
-        const MessageIntake intake = TakeInPrescriptionFile(file.Path);
+        MessageIntake intake;
+        try {
+            intake = TakeInPrescriptionFile(file.Path, lockPatience);
+        } catch (const MireloError &error) {
+            if (error.number() != errors::PatientFileBusy) {
+                throw;
+            }
+            // The patient is being changed on another workstation: the message stays for the
+            // next scan, which comes by itself within ten seconds, and no box interrupts the
+            // physician with what no one needs to act on. The messages after it are taken in as
+            // usual, each tried once without waiting, so a workstation stuck holding a patient
+            // costs a scan at most one wait.
+            lockPatience = std::chrono::milliseconds{0};
+            continue;
+        }
         if (!intake.takenIn) {
             setAside(file, intake.idValue, errorFolder);
         } else {

@@ -17,8 +17,9 @@ using UnfinishedMessages = std::map<std::string, platform::FileStamp>;
 // its patient's file and deleted, once it is whole: its last change is a few seconds old, or
 // its size and last change are those `unfinished` holds from the pass before. One that is
 // still being written is left for the next pass without a word. One without a personal number
-// is moved to Error/ under a dated name, and a box says which and why. Gives whether at least
-// one message was handled and deleted. Any other failure leaves the pass at once, with the
+// is moved to Error/ under a dated name, and a box says which and why. One for a patient whom
+// another workstation is changing stays for the next pass, without a word. Gives whether at
+// least one message was handled and deleted. Any other failure leaves the pass at once, with the
 // message that failed and those after it still in the inbox.
 bool ReadFolder(UnfinishedMessages &unfinished);
 

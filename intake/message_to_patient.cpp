@@ -58,8 +58,9 @@ platform::XmlDocument readPatient(const std::string &patientPath) {
 
 } // namespace
 
-MessageIntake TakeInPrescriptionFile(const std::string &path) {
-    platform::XmlDocument message = loadMessage(path);
+MessageIntake TakeInPrescriptionFile(const std::string &path,
+                                     std::chrono::milliseconds lockPatience) {
+    const platform::XmlDocument message = loadMessage(path);
     const std::uintmax_t messageBytes = platform::GetFileStamp(path).size;
     const std::string pnr = FieldText(below(message, SubjectOfCare, "PatientId/IdValue"));
     // Only a personal number names a patient file: anything else could name another file, or
@@ -67,7 +68,16 @@ MessageIntake TakeInPrescriptionFile(const std::string &path) {
     if (!IsPersonalNumber(pnr)) {
         return {false, pnr};
     }
-    const std::string patientPath = PatientFilePath(pnr);
+    const PatientFileLock lock(pnr, lockPatience);
+    TakeInMessage(message, messageBytes, lock);
+    return {true, pnr};
+}
+
+void TakeInMessage(const platform::XmlDocument &message, std::uintmax_t messageBytes,
+                   const PatientFileLock &held) {
+    // Looked for under the lock: two workstations taking in a new patient's first messages at
+    // once would each start a file of their own, and the later would drop the earlier's.
+    const std::string patientPath = PatientFilePath(held.pnr());
     const bool known = platform::FileExists(patientPath);
     platform::XmlDocument patient = known ? readPatient(patientPath) : NewPatientDocument();
 
@@ -84,14 +94,13 @@ MessageIntake TakeInPrescriptionFile(const std::string &path) {
     }
     changed = TakeInMessageItems(message, patient, messageBytes) || changed;
     if (!changed) {
-        return {true, pnr};
+        return;
     }
 
     const std::string stored = StoredPatientBytes(patient);
     const std::uintmax_t before = known ? platform::GetFileStamp(patientPath).size : 0;
     CheckGrowth(stored.size() > before ? stored.size() - before : 0, messageBytes);
     platform::WriteAllBytes(patientPath, stored);
-    return {true, pnr};
 }
 
 std::string ImportPrescriptionFile(const std::string &path) {

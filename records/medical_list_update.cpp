@@ -10,6 +10,7 @@ namespace mirelo {
 
 platform::XmlDocument updateMedicalList(const std::string &id, const std::string &pnr) {
     const platform::FileEntry file = platform::GetFile(PatientFilePath(pnr));
+    const PatientFileLock lock(pnr);
     platform::XmlDocument patient = ReadPatientFile(file.Path);
     const platform::XmlNode product = patient.selectSingleNode("//Product[ID = \"" + id + "\"]");
 

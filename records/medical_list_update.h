@@ -12,8 +12,9 @@ namespace mirelo {
 // InsertedTimestamp. The other pair stays as it stood, so a product that went out and back
 // shows both. The file is read once and written once; other products of the same RegNr are
 // left alone, even if that makes two of them current.
-// A missing file is the file service's own 53, a damaged one 0x80040204, and an id that isn't
-// in the file 91; in each case the file is untouched.
+// A missing file is the file service's own 53, a damaged one 0x80040204, an id that isn't in
+// the file 91, and a patient whom another workstation is changing 0x80040208 after a wait of a
+// few seconds; in each case the file is untouched.
 // Gives the document as written, from which the view can be filled again without reading the
 // file another time.
 platform::XmlDocument updateMedicalList(const std::string &id, const std::string &pnr);

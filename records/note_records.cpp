@@ -12,13 +12,16 @@
 namespace mirelo {
 namespace {
 
-// The file of one operation, parsed afresh; written back only by close().
+// The file of one operation, its patient locked from the read to the write, parsed afresh;
+// written back only by close().
 struct OpenPatientFile {
     platform::FileEntry file;
+    PatientFileLock lock;
     platform::XmlDocument patient;
 
     explicit OpenPatientFile(const std::string &pnr)
-        : file(platform::GetFile(PatientFilePath(pnr))), patient(ReadPatientFile(file.Path)) {}
+        : file(platform::GetFile(PatientFilePath(pnr))), lock(pnr),
+          patient(ReadPatientFile(file.Path)) {}
 
     void close() const { WritePatientFile(patient, file.Path); }
 

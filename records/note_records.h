@@ -11,12 +11,13 @@ namespace mirelo {
 // The physician's own entries in a patient's file: the note on a product, the warning of
 // hypersensitivity, the history of the warning and the general note on the patient.
 //
-// Every operation here is one whole read, change and write of the file gDataPath + pnr +
-// ".xml": the file is asked for (a missing one fails with the file service's 53), read afresh
-// and parsed (a damaged one fails with 0x80040204), changed in the document only, and written
-// once as the last step. A failure anywhere leaves the file byte for byte as it was, and
-// nothing is kept in memory afterwards. None of them catches anything: every failure goes to
-// the caller as a MireloError, which the screen's handler shows with ReportNoteFailure or
+// Every operation here is one whole read, change and write of the file gDataPath + pnr + ".xml":
+// the file is asked for (a missing one fails with the file service's 53), its patient locked
+// against the other workstations (0x80040208 when one of them holds it longer than a writer
+// waits), read afresh and parsed (a damaged one fails with 0x80040204), changed in the document
+// only, and written once as the last step. A failure anywhere leaves the file byte for byte as it
+// was, and nothing is kept in memory afterwards. None of them catches anything: every failure
+// goes to the caller as a MireloError, which the screen's handler shows with ReportNoteFailure or
 // ReportReasonDialogFailure below. The process always goes on, and the screen stays as it is.
 //
 // A note and a warning belong to the product, not to the prescription: they are spread over

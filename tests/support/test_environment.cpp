@@ -3,6 +3,7 @@
 #include "core/clock.h"
 #include "platform/browser.h"
 #include "platform/process_end.h"
+#include "platform/record_lock.h"
 
 #include <cstdlib>
 
@@ -31,12 +32,14 @@ void ApplicationTest::SetUp() {
         processEnded = true;
         throw ProcessEnded{};
     });
+    platform::setLockPauseForTesting([](std::chrono::milliseconds) {});
 }
 
 void ApplicationTest::TearDown() {
     platform::setBrowserFactory({});
     platform::setMsgBoxPresenter({});
     platform::setEndProcessHandler({});
+    platform::setLockPauseForTesting({});
     freezeClockForTesting(QDateTime());
     setApplicationDirectoryForTesting("");
     session() = SessionValues{};

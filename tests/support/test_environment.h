@@ -24,7 +24,8 @@ struct ProcessEnded {};
 
 // Every test works in a temporary application directory of its own, with in/ and data/ laid
 // out as an installation has them, gDataPath pointing at data/, a frozen clock, scripted
-// message boxes, a recorded end of the process and no browser of its own.
+// message boxes, a recorded end of the process, no browser of its own, and waits for a patient's
+// lock that cost no time.
 class ApplicationTest : public ::testing::Test {
   protected:
     void SetUp() override;

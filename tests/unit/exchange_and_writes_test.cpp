@@ -9,6 +9,7 @@
 #include "korvalo_process.h"
 #include "platform/http_request.h"
 #include "platform/process_browser.h"
+#include "platform/record_lock.h"
 #include "records/medical_list_update.h"
 #include "records/note_records.h"
 #include "records/patient_file.h"
@@ -78,12 +79,15 @@ std::string handover(const std::string &username, const std::string &password,
 }
 
 // A place that writes a whole file: its folder, the file ("" when the write makes it), the step
-// as the screen takes it, and what the user is told, % standing for the failure's description.
+// as the screen takes it, and what the user is told, % standing for the failure's description;
+// then what the user is told while another workstation holds the patient, for a patient file.
 struct WriteSite {
     std::string name, folder, file;
     std::function<void()> step;
     std::string told;
+    std::optional<std::string> toldWhenHeld;
 };
+enum class Fault { TooLarge, ReadOnly, HeldElsewhere };
 
 class ExchangeTest : public ApplicationTest {
   protected:
@@ -109,18 +113,23 @@ class ExchangeTest : public ApplicationTest {
         return seen([&](const OpenMainFrame &frame) { Login({username, password, true}, frame); });
     }
 
+    // Every file but the data folder's lock file, which holds nothing and stays once made.
     std::map<std::string, std::string> contents(const std::string &folder) {
         std::map<std::string, std::string> files;
         for (const std::string &name : filesIn(path(folder))) {
-            files[name] = readBytes(path(folder + "/" + name));
+            if (name != platform::RecordLockFileName) {
+                files[name] = readBytes(path(folder + "/" + name));
+            }
         }
         return files;
     }
-    // The step with the file made read-only, or else with files limited to half its size, and
-    // what the user and the folders show afterwards.
-    std::string underFault(bool readOnly, const WriteSite &site) {
+    // The step with the file made read-only, with files limited to half its size, or with the
+    // patient locked by another workstation, and what the user and the folders show afterwards.
+    std::string underFault(Fault fault, const WriteSite &site) {
         const auto before = contents(site.folder), inbox = contents("in");
-        if (readOnly) {
+        if (fault == Fault::HeldElsewhere) {
+            new platform::RecordLock(path("data"), Pnr, {}); // held until this process ends
+        } else if (fault == Fault::ReadOnly) {
             fs::permissions(path(site.folder + "/" + site.file), fs::perms::owner_write,
                             fs::perm_options::remove);
         } else {
@@ -420,6 +429,8 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
     session().gPassword = Password;
     const LoginScreenInput karin{"karin", Password, true};
     const GeneralInfoMarks marks{[](auto &) {}, [](auto &) {}};
+    const std::string busy = "[] raised -2147220984 Patienten ändras just nu på en annan "
+                             "arbetsstation. Inget har sparats; försök igen om en stund.\n";
     const std::vector<WriteSite> sites = {
         {"a message taken into the patient's file", "data", Pnr + ".xml",
          [] {
@@ -428,11 +439,11 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
                  timer.Timer1_Timer([] { return false; }, [] {});
              }
          },
-         "the process ended\n[stop] %\n"},
+         "the process ended\n[stop] %\n", ""},
         {"a product taken out", "data", Pnr + ".xml", [] { updateMedicalList("S_7", Pnr); },
-         "[] raised 70 %\n"},
+         "[] raised 70 %\n", busy},
         {"the patient's general note", "data", Pnr + ".xml",
-         [&] { SaveGeneralInfo(Pnr, "Pollenallergi", "Dr Ek", marks); }, "[] raised 70 %\n"},
+         [&] { SaveGeneralInfo(Pnr, "Pollenallergi", "Dr Ek", marks); }, "[] raised 70 %\n", busy},
         {"the settings file at a login", "System", "Settings.xml", [&] { Login(karin, nullptr); },
          "the process ended\n" + Support + "70 %\n"},
         {"the data folder chosen in the settings dialog", "System", "Settings.xml",
@@ -446,11 +457,14 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
     };
     const std::string denied = runtime::description(runtime::PermissionDenied);
     for (const WriteSite &site : sites) {
-        for (const bool readOnly : {false, true}) {
-            if (readOnly && site.file.empty()) {
+        for (const auto &[fault, faultName] :
+             {std::pair{Fault::TooLarge, "too large"}, std::pair{Fault::ReadOnly, "read-only"},
+              std::pair{Fault::HeldElsewhere, "held by another workstation"}}) {
+            if ((fault == Fault::ReadOnly && site.file.empty()) ||
+                (fault == Fault::HeldElsewhere && !site.toldWhenHeld)) {
                 continue;
             }
-            SCOPED_TRACE(site.name + (readOnly ? ", read-only" : ", too large"));
+            SCOPED_TRACE(site.name + ", " + faultName);
             for (const char *folder : {"System", "in", "data", "other"}) {
                 fs::remove_all(path(folder));
                 fs::create_directory(path(folder));
@@ -464,12 +478,13 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
             }
             std::string expected = site.told;
             expected.replace(expected.find('%'), 1,
-                             readOnly ? denied : denied + " (File too large)");
+                             fault == Fault::ReadOnly ? denied : denied + " (File too large)");
+            expected = fault == Fault::HeldElsewhere ? *site.toldWhenHeld : expected;
             // In a process of its own, for the limit on files; anything printed fails it.
             EXPECT_EXIT(
                 {
                     ::dup2(STDERR_FILENO, STDOUT_FILENO);
-                    const std::string report = underFault(readOnly, site);
+                    const std::string report = underFault(fault, site);
                     std::cerr << (report == expected ? ""
                                                      : "expected\n" + expected + "got\n" + report);
                     std::_Exit(report == expected ? 0 : 1);
@@ -477,13 +492,16 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
                 ::testing::ExitedWithCode(0), "^$");
         }
     }
-    // A write that lands keeps the permission bits of the file it replaces.
+    // A write that lands keeps the permission bits of the file it replaces, and a workstation
+    // that dies holding the patient lets go with its process.
     const std::string file = path("data/" + Pnr + ".xml"), before = readBytes(file);
     fs::permissions(file, fs::perms(0640));
+    EXPECT_EXIT((new PatientFileLock(Pnr), std::_Exit(0)), ::testing::ExitedWithCode(0), "");
     updateMedicalList("S_7", Pnr);
     EXPECT_NE(readBytes(file), before);
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
-    EXPECT_EQ(filesIn(path("data")), std::set<std::string>{Pnr + ".xml"});
+    EXPECT_EQ(filesIn(path("data")),
+              (std::set<std::string>{platform::RecordLockFileName, Pnr + ".xml"}));
 }
 
 class BrowserHandoffTest : public ApplicationTest {
