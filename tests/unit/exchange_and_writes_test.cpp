@@ -504,6 +504,61 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
               (std::set<std::string>{platform::RecordLockFileName, Pnr + ".xml"}));
 }
 
+// Four workstations, each with its own application folder and inbox, take in messages and save
+// notes for the same patients on one data folder as fast as they can: every product stands in
+// its patient's file once, a new patient's first ones too, and every note holds the last text
+// written to it.
+TEST_F(ExchangeTest, four_workstations_on_one_data_folder_lose_no_update) {
+    const Texts patients = {"191212121212", "194001011234", "195505055555", "197707077777"};
+    constexpr int Messages = 200;
+    const std::vector<ProductFields> notes = {{.id = "N0", .regNr = "N0"},
+                                              {.id = "N1", .regNr = "N1"},
+                                              {.id = "N2", .regNr = "N2"},
+                                              {.id = "N3", .regNr = "N3"}};
+    // The third patient's file is found, and locked, by the number in another spelling.
+    for (const std::string &file :
+         {patients[0] + ".xml", patients[1] + ".xml", patients[2] + ".XML"}) {
+        storePatientFile(file, patientText(file.substr(0, 12), "Ek", "Eva", notes));
+    }
+    // Each patient's products by ID, with the text of their note.
+    std::map<std::string, std::map<std::string, std::string>> expected;
+    std::array<QProcess, 4> workstations;
+    for (int w = 0; w < 4; ++w) {
+        for (int i = 0; i < Messages; ++i) {
+            const std::string &pnr = patients[i % patients.size()];
+            const std::string name = "W" + std::to_string(w) + "M" + std::to_string(i);
+            expected[pnr][name + "_1"] = "";
+            if (pnr != patients.back()) {
+                expected[pnr]["N" + std::to_string(w)] = "Anteckning " + name;
+            }
+        }
+        const std::string own = path("ws" + std::to_string(w));
+        fs::create_directories(own + "/in");
+        QStringList arguments{QString::fromStdString(own), QString::fromStdString(path("data/")),
+                              QString::number(w), QString::number(Messages)};
+        for (const std::string &pnr : patients) {
+            arguments << QString::fromStdString(pnr);
+        }
+        workstations[w].setProcessChannelMode(QProcess::MergedChannels);
+        workstations[w].start(MIRELO_PRACTICE_WORKSTATION_BINARY, arguments);
+    }
+    for (QProcess &workstation : workstations) {
+        ASSERT_TRUE(workstation.waitForFinished(60000));
+        EXPECT_EQ(workstation.readAll().toStdString() + std::to_string(workstation.exitCode()),
+                  "0");
+    }
+    for (const std::string &pnr : patients) {
+        std::map<std::string, std::string> found;
+        const platform::XmlDocument patient = readStoredPatient(PatientFilePath(pnr));
+        for (const platform::XmlNode &product : patient.selectNodes("//Product")) {
+            const std::string id = product.selectSingleNode("ID").text();
+            found[found.contains(id) ? id + " again" : id] =
+                product.selectSingleNode("ExtendedMedicalInfo").text();
+        }
+        EXPECT_EQ(found, expected[pnr]) << pnr;
+    }
+}
+
 class BrowserHandoffTest : public ApplicationTest {
   protected:
     void SetUp() override {
