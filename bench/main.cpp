@@ -1,7 +1,8 @@
 // Times the program's hot paths against what the machine and the libraries can do at best, on
 // data it makes itself, and prints one table: operation, Mirelo, limit, ratio, target.
 // --quick runs every row once on small data, to show that the rows still run; --only runs the
-// groups whose name holds the word ("intake", "scrambling", "search", "medication", "start-up").
+// groups whose name holds the word ("intake", "lock", "scrambling", "search", "medication",
+// "start-up").
 
 #include "measure.h"
 #include "platform/heap.h"
@@ -50,6 +51,7 @@ int main(int argc, char **argv) {
     };
     try {
         add("the intake", [&] { return intakeRows(effort); });
+        add("the patient's lock", [&] { return lockRows(effort); });
         add("scrambling", [&] { return scramblingRows(effort); });
         add("the patient search", [&] { return searchRows(effort, cache); });
         add("the medication view", [&] { return medicationViewRows(effort); });

@@ -4,10 +4,12 @@
 
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <memory>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace mirelo::bench::limit {
 namespace {
@@ -88,6 +90,17 @@ std::vector<std::vector<std::string>> productTexts(const std::string &path) {
     std::vector<std::vector<std::string>> products;
     collectProducts(doc->children, products);
     return products;
+}
+
+void waitForWholeFileLock(const std::string &path) {
+    const int descriptor = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock whole {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    if (descriptor < 0 || ::fcntl(descriptor, F_OFD_SETLKW, &whole) != 0) {
+        throw std::runtime_error("the limit's lock wasn't taken");
+    }
+    ::close(descriptor);
 }
 
 std::vector<std::string> folderNames(const std::string &folder, const std::string &prefix) {

@@ -19,6 +19,10 @@ void parseOnce(const std::string &bytes);
 // giving every product's element texts in file order.
 std::vector<std::vector<std::string>> productTexts(const std::string &path);
 
+// Waits for a lock on the whole of a lock file, woken by the system the moment the holder lets go,
+// then lets go itself.
+void waitForWholeFileLock(const std::string &path);
+
 // The names in a folder that begin with the prefix, in one listing.
 std::vector<std::string> folderNames(const std::string &folder, const std::string &prefix);
 

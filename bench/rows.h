@@ -9,6 +9,9 @@ namespace mirelo::bench {
 
 // Messages taken into patient files of growing size, and a message of many items.
 std::vector<Row> intakeRows(const Effort &effort);
+// Messages taken in under the patient's lock against the same under a lock held already, and a
+// writer waiting for a patient another holds.
+std::vector<Row> lockRows(const Effort &effort);
 // ScrambleText and UnscrambleText of a mebibyte of patient text.
 std::vector<Row> scramblingRows(const Effort &effort);
 // The patient search over a practice's data folder, kept under `cache`.
