@@ -86,7 +86,8 @@ RowSearch RowOfId(const ShownGrid &shown, const std::string &id) {
 }
 
 platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error) {
-    return {error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"};
+    return HeldPatientBox(error).value_or(platform::MsgBoxRequest{
+        error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"});
 }
 
 ChkModeFailure ChkModeFailureReport(const MireloError &error) {

@@ -63,7 +63,8 @@ ReselectionAfterTick ReselectAfterTick(GridClick tick, bool showAll);
 RowSearch RowOfId(const ShownGrid &shown, const std::string &id);
 
 // The boxes of the medication view's failures.
-// FlexGrid_MouseDown and all it calls: the description alone, also for a missing file.
+// FlexGrid_MouseDown and all it calls: the description alone, also for a missing file; a patient
+// held by another workstation as HeldPatientBox words it.
 platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error);
 
 // chkMode_Click: a damaged or missing file is shown by its description and leads back to the

@@ -169,12 +169,15 @@ void SaveGeneralInfo(const std::string &pnr, const std::string &generalNote,
 }
 
 void ReportNoteFailure(const MireloError &error) {
-    platform::MsgBox(std::to_string(error.number()) + " " + error.description());
+    platform::MsgBox(HeldPatientBox(error).value_or(platform::MsgBoxRequest{
+        std::to_string(error.number()) + " " + error.description(), platform::MsgBoxButtons::OK,
+        platform::MsgBoxIcon::None, "Mirelo"}));
 }
 
 void ReportReasonDialogFailure(const MireloError &error) {
-    platform::MsgBox("Fel uppstod: " + error.description(), platform::MsgBoxButtons::OK,
-                     platform::MsgBoxIcon::Stop, "Mirelo");
+    platform::MsgBox(HeldPatientBox(error).value_or(
+        platform::MsgBoxRequest{"Fel uppstod: " + error.description(), platform::MsgBoxButtons::OK,
+                                platform::MsgBoxIcon::Stop, "Mirelo"}));
 }
 
 } // namespace mirelo

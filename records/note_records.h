@@ -106,11 +106,12 @@ void SaveGeneralInfo(const std::string &pnr, const std::string &generalNote,
 
 // The box of a failure under frmMedicalNote's cmdSave_Click and cmdDelete_Click, frmExtended-
 // Info's deleteNote, Text1_LostFocus and Text2_LostFocus: the number in decimal, one blank, the
-// description; OK, no icon, the application's title. The screen stays; the process goes on.
+// description; OK, no icon, the application's title. The screen stays; the process goes on. A
+// patient held by another workstation is told as HeldPatientBox words it.
 void ReportNoteFailure(const MireloError &error);
 
 // The box of a failure under frmAllergicExtendedInfo's cmdSave_Click: "Fel uppstod: " and the
-// description, with a stop icon, titled "Mirelo". The process goes on.
+// description, with a stop icon, titled "Mirelo", or HeldPatientBox's. The process goes on.
 void ReportReasonDialogFailure(const MireloError &error);
 
 } // namespace mirelo

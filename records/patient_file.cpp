@@ -78,6 +78,14 @@ PatientFileLock::PatientFileLock(const std::string &pnr, std::chrono::millisecon
     }
 }
 
+std::optional<platform::MsgBoxRequest> HeldPatientBox(const MireloError &error) {
+    if (error.number() != errors::PatientFileBusy) {
+        return std::nullopt;
+    }
+    return platform::MsgBoxRequest{error.description(), platform::MsgBoxButtons::OK,
+                                   platform::MsgBoxIcon::Exclamation, "Mirelo"};
+}
+
 std::string ReadPatientText(const std::string &path) {
     std::string text = UnscrambleText(platform::ReadAllBytes(path));
     dropTabs(text);

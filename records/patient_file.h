@@ -1,9 +1,12 @@
 #pragma once
 
+#include "core/mirelo_error.h"
+#include "platform/message_box.h"
 #include "platform/record_lock.h"
 #include "platform/xml_document.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace mirelo {
@@ -41,6 +44,12 @@ class PatientFileLock {
     std::string pnr_;
     platform::RecordLock lock_;
 };
+
+// The box of a patient held by another workstation, alike under every handler that can meet it:
+// the description alone, with an exclamation mark rather than a stop, for nothing went wrong
+// and nothing is lost; the screen stays as it was, for the physician to try again. Nothing for
+// any other failure, which each handler words as it always has.
+std::optional<platform::MsgBoxRequest> HeldPatientBox(const MireloError &error);
 
 // Read, unscramble and drop every tab, the tabs the serialiser put in front of nested elements
 // and any inside values too, so that they don't pile up with each reading and writing.

@@ -4,6 +4,7 @@
 #include "core/text_scrambling.h"
 #include "patient_file_builder.h"
 #include "platform/document_building.h"
+#include "platform/record_lock.h"
 #include "platform/xml_serialising.h"
 #include "records/extended_info.h"
 #include "records/medical_list_update.h"
@@ -53,6 +54,9 @@ const std::string Pnr = "191212121212", Sig = "Dr Åberg", Signed = Sig + " - 20
 const std::string Unstorable = "5 Ogiltigt argument eller anrop av procedur";
 const std::string Damaged = "-2147220988 Patientfil är skadad.\r\nAnledning: ";
 const std::string NotSet = "91 Objektvariabeln eller blockvariabeln With har inte angetts";
+const std::string Busy = "Patienten ändras just nu på en annan arbetsstation. Inget har sparats; "
+                         "försök igen om en stund.",
+                  Held = "[exclamation] " + Busy;
 // What the parser says of the damaged settings file below.
 const std::string Reason =
     "\r\nAnledning: Dokumentet tar slut innan elementet Username är avslutat. (rad 1, kolumn 21)";
@@ -478,12 +482,20 @@ TEST_F(StoreTest, a_failed_note_operation_leaves_the_file_and_shows_its_box) {
         {"a general note on a file without its signer", unsigned_,
          [this] { SaveGeneralInfo(Pnr, "Ny", Sig, generalInfoMarks()); }, note, "[] " + NotSet},
         {"an ID with a double quote", plain, [] { SaveMedicalNote(Pnr, "1\"1", "", 0, Sig); }, note,
-         "[] -2147467259 Ogiltig fråga: //Product[ID = \"1\"1\"]"}};
+         "[] -2147467259 Ogiltig fråga: //Product[ID = \"1\"1\"]"},
+        {"a note while another workstation changes the patient", plain,
+         [] { SaveMedicalNote(Pnr, "1_1", "Ny", 0, Sig); }, note, Held},
+        {"a reason while another workstation changes the patient", plain,
+         [] { SaveAllergicHistory(Pnr, "1_1", 1, "Utslag", Sig, MedicalNote); }, reason, Held}};
     for (const auto &test : cases) {
         SCOPED_TRACE(test.name);
         std::filesystem::remove(file());
         if (!test.fileText.empty()) {
             storePatientFile(Pnr + ".xml", test.fileText);
+        }
+        std::optional<platform::RecordLock> otherWorkstation;
+        if (test.outcome == Held) {
+            otherWorkstation.emplace(session().gDataPath, Pnr, std::chrono::milliseconds{0});
         }
         EXPECT_EQ(outcome(test.act, test.report), test.outcome);
     }
@@ -689,6 +701,8 @@ TEST_F(StoreTest, a_mouse_down_follows_the_icon_under_the_left_button) {
     }
     EXPECT_EQ(shown(SetupFlexGridFailureBox(MireloError(5, "Ogiltigt"))),
               "[stop] Kunde inte skapa struktur för flexgrid: Ogiltigt");
+    // A tick on a patient whom another workstation is changing: the box of every handler.
+    EXPECT_EQ(shown(MouseDownFailureBox(MireloError(errors::PatientFileBusy, Busy))), Held);
 }
 
 // The extended information lists the newest product of each number with a note or a warning, its
