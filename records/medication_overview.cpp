@@ -2,8 +2,6 @@
 
 #include "records/product_fields.h"
 
-#include <vector>
-
 namespace mirelo {
 namespace {
 
@@ -35,18 +33,7 @@ void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview
     view.txtFName =
         givenName + " " + patient.firstElementAt("//Patient/PatientData/FamilyName").text();
 
-    // The file keeps the newest product first, and the grid is never sorted.
-    const std::vector<platform::XmlNode> products = patient.elementsAt("//Product");
-    std::vector<platform::XmlNode> current;
-    std::vector<platform::XmlNode> past;
-    for (const platform::XmlNode &product : products) {
-        if (ProductCheckedIs(product, "1")) {
-            current.push_back(product);
-        }
-        if (ProductCheckedIs(product, "0")) {
-            past.push_back(product);
-        }
-    }
+    const auto [current, past] = ProductsByStanding(patient);
     ProductRowWriter writer(medication_grid, Layout, image_list1, view);
     bool warning = false;
     for (const platform::XmlNode &product : current) {
@@ -70,6 +57,20 @@ void fill(const platform::XmlDocument &patient, bool showAll, MedicationOverview
 }
 
 } // namespace
+
+StandingProducts ProductsByStanding(const platform::XmlDocument &patient) {
+    // The file keeps the newest product first.
+    StandingProducts products;
+    for (const platform::XmlNode &product : patient.elementsAt("//Product")) {
+        if (ProductCheckedIs(product, "1")) {
+            products.current.push_back(product);
+        }
+        if (ProductCheckedIs(product, "0")) {
+            products.past.push_back(product);
+        }
+    }
+    return products;
+}
 
 const std::array<GridColumnLayout, medication_grid.Cols> &FlexGridLayout() {
     return Layout;

@@ -7,6 +7,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace mirelo {
 
@@ -35,6 +36,14 @@ struct MedicationOverview : ProductGridFill {
     std::optional<std::string> txtFName;
     std::optional<ExtendedInfoButton> standingButton;
 };
+
+// The products of the patient's list as the view stands them: the current ones, then the past
+// ones, each in file order, newest first. The list is never sorted.
+struct StandingProducts {
+    std::vector<platform::XmlNode> current;
+    std::vector<platform::XmlNode> past;
+};
+StandingProducts ProductsByStanding(const platform::XmlDocument &patient);
 
 // The fill of the medication view from a parsed patient document. With showAll (chkMode
 // ticked) past products follow the current ones. gridRows is the grid's row count before

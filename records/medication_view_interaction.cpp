@@ -90,16 +90,19 @@ platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error) {
         error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop, "Mirelo"});
 }
 
-ChkModeFailure ChkModeFailureReport(const MireloError &error) {
+platform::MsgBoxRequest OpeningFailureBox(const MireloError &error) {
     if (error.number() == errors::PatientFileDamaged ||
         error.number() == errors::PatientFileMissing) {
-        return {{error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop,
-                 "Mirelo"},
-                true};
+        return {error.description(), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::Stop,
+                "Mirelo"};
     }
-    return {{numberAndDescription(error), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::None,
-             "Mirelo"},
-            false};
+    return {numberAndDescription(error), platform::MsgBoxButtons::OK, platform::MsgBoxIcon::None,
+            "Mirelo"};
+}
+
+ChkModeFailure ChkModeFailureReport(const MireloError &error) {
+    return {OpeningFailureBox(error), error.number() == errors::PatientFileDamaged ||
+                                          error.number() == errors::PatientFileMissing};
 }
 
 } // namespace mirelo

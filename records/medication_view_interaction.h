@@ -67,6 +67,11 @@ RowSearch RowOfId(const ShownGrid &shown, const std::string &id);
 // held by another workstation as HeldPatientBox words it.
 platform::MsgBoxRequest MouseDownFailureBox(const MireloError &error);
 
+// A patient file that can't be read into the view, when a patient is opened from the search list
+// or printed: a damaged or missing file is shown by its description with a stop icon, anything
+// else by number and description.
+platform::MsgBoxRequest OpeningFailureBox(const MireloError &error);
+
 // chkMode_Click: a damaged or missing file is shown by its description and leads back to the
 // search; anything else shows number and description and the view stays.
 struct ChkModeFailure {

@@ -5,9 +5,7 @@
 
 namespace mirelo {
 
-PatientDetails ReadPatientDetails(const std::string &pnr) {
-    const platform::XmlDocument patient =
-        ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path);
+PatientDetails PatientDetailsOf(const platform::XmlDocument &patient) {
     const auto field = [&patient](const char *name) {
         return patient.selectSingleNode(std::string("//Patient/PatientData/") + name).text();
     };
@@ -17,6 +15,10 @@ PatientDetails ReadPatientDetails(const std::string &pnr) {
     details.txtAddress = field("StreetName");
     details.txtZipCity = field("PostalCode") + " " + field("City");
     return details;
+}
+
+PatientDetails ReadPatientDetails(const std::string &pnr) {
+    return PatientDetailsOf(ReadPatientFile(platform::GetFile(PatientFilePath(pnr)).Path));
 }
 
 } // namespace mirelo

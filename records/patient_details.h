@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/xml_document.h"
+
 #include <string>
 
 namespace mirelo {
@@ -13,6 +15,9 @@ struct PatientDetails {
     std::string txtAddress;
     std::string txtZipCity;
 };
+
+// The details as a patient document holds them.
+PatientDetails PatientDetailsOf(const platform::XmlDocument &patient);
 
 // Reads the patient's file afresh (missing: 53, damaged: 0x80040204); nothing is written.
 PatientDetails ReadPatientDetails(const std::string &pnr);

@@ -36,6 +36,10 @@ std::string ProductPackages(const platform::XmlNode &product) {
     return ProductField(product, "NumberOfPackages") + " X " + size.text();
 }
 
+std::string ProductRepeats(const platform::XmlNode &product) {
+    return ProductField(product, "DispensingRepeatNumber") + " ggr";
+}
+
 std::string WithCrLf(const std::string &text) {
     std::string boxed;
     for (const char c : text) {

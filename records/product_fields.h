@@ -25,6 +25,9 @@ std::string ProductDisplayName(const platform::XmlNode &product);
 // text is empty; an empty size still reads "2 X ".
 std::string ProductPackages(const platform::XmlNode &product);
 
+// How many times the prescription may be dispensed: DispensingRepeatNumber, then " ggr".
+std::string ProductRepeats(const platform::XmlNode &product);
+
 // The parser gives a note's line breaks as single line feeds; a text box breaks with CR LF.
 std::string WithCrLf(const std::string &text);
 

@@ -52,8 +52,7 @@ bool ProductRowWriter::writeRow(const platform::XmlNode &product) {
     };
     writeText(shape_.Product, [&] { return ProductDisplayName(product); });
     writeField(shape_.Prescribed, "PrescribedTimestamp");
-    writeText(shape_.Repeats,
-              [&] { return ProductField(product, "DispensingRepeatNumber") + " ggr"; });
+    writeText(shape_.Repeats, [&] { return ProductRepeats(product); });
     writeText(shape_.Packages, [&] { return ProductPackages(product); });
     writeField(shape_.ID, "ID");
     writeField(shape_.ATC, "ATCcode");

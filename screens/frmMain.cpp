@@ -6,6 +6,7 @@
 #include "exchange/browser_handoff.h"
 #include "platform/gui/flex_grid.h"
 #include "platform/message_box.h"
+#include "records/medication_view_interaction.h"
 #include "records/patient_directory.h"
 #include "screens/frmShowPatient.h"
 #include "screens/mainApp.h"
@@ -187,15 +188,9 @@ void frmMain::cmdSelPat_Click() {
     try {
         openSelectedLine();
     } catch (const MireloError &error) {
-        if (error.number() == errors::PatientFileDamaged) {
-            platform::MsgBox(error.description(), platform::MsgBoxButtons::OK,
-                             platform::MsgBoxIcon::Stop);
-        } else if (error.number() == errors::PatientFileMissing) {
-            platform::MsgBox(error.description(), platform::MsgBoxButtons::OK,
-                             platform::MsgBoxIcon::Stop);
+        platform::MsgBox(OpeningFailureBox(error));
+        if (error.number() == errors::PatientFileMissing) {
             cmdSearchPat_Click();
-        } else {
-            platform::MsgBox(std::to_string(error.number()) + " " + error.description());
         }
     }
 }
