@@ -18,11 +18,7 @@ const std::string Notes = "//Product/*[starts-with(name(), 'ExtendedMedicalInfo'
                           "name(), 'Allergic')] | //History/*[*[4] = 'Dr. Berg']/*[position() > 1]";
 
 std::string record(const std::string &status, const std::string &time, const std::string &reason) {
-    return "<AllergicHistory><RegNr>200</RegNr><AllergicStatusHistory>" + status +
-           "</AllergicStatusHistory><AllergicInfoHistory>" + reason +
-           "</AllergicInfoHistory><AllergicInfoByHistory>Dr. Ek</AllergicInfoByHistory>"
-           "<AllergicInfoTimestampHistory>" +
-           time + "</AllergicInfoTimestampHistory></AllergicHistory>";
+    return historyRecord("200", status, reason, time);
 }
 
 Texts rows(const FlexGrid *grid, int first, int last) {

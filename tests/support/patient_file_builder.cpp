@@ -72,6 +72,14 @@ std::string patientText(const std::string &pnr, const std::string &familyName,
     return text + "</Patient>\r\n";
 }
 
+std::string historyRecord(const std::string &regNr, const std::string &status,
+                          const std::string &reason, const std::string &time) {
+    return "<AllergicHistory>" + element("RegNr", regNr) +
+           element("AllergicStatusHistory", status) + element("AllergicInfoHistory", reason) +
+           element("AllergicInfoByHistory", "Dr. Ek") +
+           element("AllergicInfoTimestampHistory", time) + "</AllergicHistory>";
+}
+
 void storePatientFile(const std::string &fileName, const std::string &utf8Text) {
     writeBytes(session().gDataPath + fileName, scrambleBytes(utf8ToLatin1(utf8Text)));
 }

@@ -44,6 +44,10 @@ struct ProductFields {
 std::string patientText(const std::string &pnr, const std::string &familyName,
                         const std::string &givenName, const std::vector<ProductFields> &products);
 
+// A record of a warning's history as History holds it, written by Dr. Ek.
+std::string historyRecord(const std::string &regNr, const std::string &status,
+                          const std::string &reason, const std::string &time);
+
 // Stores UTF-8 text as a patient file in the data folder under the given file name,
 // scrambled by the rule itself.
 void storePatientFile(const std::string &fileName, const std::string &utf8Text);

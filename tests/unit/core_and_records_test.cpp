@@ -12,6 +12,7 @@
 #include "records/note_records.h"
 #include "records/patient_directory.h"
 #include "records/patient_file.h"
+#include "records/printed_medication_list.h"
 #include "records/settings_store.h"
 #include "settings_file_builder.h"
 #include "test_environment.h"
@@ -744,6 +745,78 @@ TEST_F(StoreTest, the_notes_grid_lists_and_seeks_its_products_no_further_down_th
                            RowOfProduct(blanks, "Q", ""), RowOfProduct(twins, "", "400"),
                            RowOfId(all, "G"), RowOfId(all, "Q"), RowOfId({.rows = 1}, "G")}),
               (std::vector{none, at(3), at(4), none, at(6), emptyId, at(7), none, noRows}));
+}
+
+// The sections of a patient's printed list: each heading, then its entries in brackets, each line
+// after a ";", or what the section says when empty.
+std::string printedSections(const std::vector<ProductFields> &products, const std::string &history,
+                            bool showPast) {
+    std::string text = patientText(Pnr, "Tolvansson", "Tolvan", products);
+    storePatientFile(Pnr + ".xml", text.insert(text.rfind("</Patient>"), history));
+    std::string sections;
+    for (const PrintedSection &section : ReadPrintedMedicationList(Pnr, showPast, Sig).sections) {
+        sections +=
+            section.heading + ":" + (section.entries.empty() ? " " + section.whenEmpty : "");
+        for (const PrintedEntry &entry : section.entries) {
+            sections += std::accumulate(entry.lines.begin(), entry.lines.end(), " [" + entry.title,
+                                        [](auto a, auto &b) { return a + "; " + b; }) +
+                        "]";
+        }
+        sections += "\n";
+    }
+    return sections;
+}
+
+// Current products in file order, every product number with a warning once with the reason of its
+// latest record (records stand newest first), past products only when the view shows them. Notes
+// are never printed.
+TEST_F(StoreTest, the_printed_list_holds_current_products_warnings_and_the_past_on_show) {
+    const std::string alvedon = "Alvedon Tablett 500 mg Orion", none =
+                                                                    "Överkänslighet: Ingen känd "
+                                                                    "överkänslighet registrerad\n";
+    const std::vector<ProductFields> visit = {
+        {.packageSize = std::nullopt, .repeats = "3", .prescribedTimestamp = "i går", .note = "N"},
+        {.checked = "0", .takenOutBy = "Dr Berg", .takenOutTimestamp = Now},
+        {.checked = "0"}};
+    const std::string current = "Aktuella läkemedel: [" + alvedon +
+                                "; Dosering: 1 tablett 3 gånger dagligen; Uttag: 3 ggr · "
+                                "Ordinerat: i går]\n" +
+                                none;
+    const struct {
+        std::vector<ProductFields> products;
+        std::string history;
+        bool showPast;
+        std::string sections;
+    } cases[] = {
+        {{}, "", true, "Aktuella läkemedel: Inga aktuella läkemedel\n" + none},
+        {visit, "", false, current},
+        {visit, "", true,
+         current + "Utsatta läkemedel: [" + alvedon + "; Utsatt 2026-03-15 av Dr Berg] [" +
+             alvedon + "; Ersatt av en senare förskrivning]\n"},
+        {{{.regNr = "R2",
+           .companyName = "Johnson &amp; Johnson",
+           .dosage = "&lt; 4\nper dygn",
+           .allergic = "1"},
+          {.regNr = "R3", .checked = "0", .allergic = "1"},
+          {.regNr = "R2", .checked = "0", .allergic = "1"}},
+         "<History>" + historyRecord("R2", "1", "Utslag", Now) +
+             historyRecord("R2", "1", "Klåda", Now) + historyRecord("R9", "1", "Annan", Now) +
+             "</History>",
+         false,
+         "Aktuella läkemedel: [Alvedon Tablett 500 mg Johnson & Johnson; Dosering: < 4\nper dygn; "
+         "Förpackning: 1 X 20 st · Uttag: 1 ggr · Ordinerat: 2026-01-10]\nÖverkänslighet: "
+         "[Alvedon; "
+         "Produktnummer: R2; Orsak: Utslag] [Alvedon; Produktnummer: R3]\n"},
+    };
+    for (const auto &test : cases) {
+        EXPECT_EQ(printedSections(test.products, test.history, test.showPast), test.sections);
+    }
+    EXPECT_EQ(
+        ReadPrintedMedicationList(Pnr, true, Sig).patientLines,
+        (Texts{"Namn: Tolvan Tolvansson", "Personnummer: " + Pnr,
+               "Adress: Storgatan 1, 111 22 Stockholm", "Utskriven: "s + Now, "Läkare: " + Sig}));
+    storeDamaged(Pnr + ".xml");
+    EXPECT_THAT(failure([] { ReadPrintedMedicationList(Pnr, true, Sig); }), StartsWith(Damaged));
 }
 
 using namespace platform;
