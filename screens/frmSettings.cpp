@@ -1,7 +1,7 @@
 #include "screens/frmSettings.h"
 
 #include "core/application_context.h"
-#include "platform/gui/folder_picker.h"
+#include "platform/gui/file_pickers.h"
 #include "platform/message_box.h"
 #include "records/settings_store.h"
 #include "screens/dialog_window.h"

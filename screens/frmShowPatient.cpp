@@ -8,10 +8,12 @@
 #include "records/medical_list_update.h"
 #include "records/medication_view_interaction.h"
 #include "records/patient_file.h"
+#include "records/printed_medication_list.h"
 #include "screens/frmAllergicHistory.h"
 #include "screens/frmExtendedInfo.h"
 #include "screens/frmMain.h"
 #include "screens/frmMedicalNote.h"
+#include "screens/frmMedicationListPreview.h"
 #include "screens/frmPatInfo.h"
 #include "screens/mainApp.h"
 #include "screens/product_grid_view.h"
@@ -340,6 +342,18 @@ void frmShowPatient::cmdNyPatient_Click() {
     Screen<mainApp>().showChild(&search);
     search.txtSearch->setFocus();
     Unload<frmShowPatient>();
+}
+
+void frmShowPatient::PrintMedicationList() {
+    std::optional<PrintedMedicationList> list;
+    try {
+        list = ReadPrintedMedicationList(pnr(), chkMode->isChecked(), session().gSignature);
+    } catch (const MireloError &error) {
+        platform::MsgBox(OpeningFailureBox(error));
+        return;
+    }
+    frmMedicationListPreview preview(std::move(*list), pnr());
+    preview.exec();
 }
 
 // Hands the patient over to the service. A file that can't be read here is not caught: the

@@ -87,6 +87,9 @@ class frmShowPatient : public QWidget {
     void cmdNote_Click();
     void cmdExtInfo_Click() { cmdNote_Click(); }
     void cmdAllergicHistory_Click();
+    // The patient's list read afresh from the file into a print preview; a file that can't be
+    // read shows the box that opening the view shows, and nothing more.
+    void PrintMedicationList();
 
   private:
     void openExtendedInfoOnCurrentRow();

@@ -49,6 +49,11 @@ void mainApp::buildMenu() {
     Settings->setObjectName(QStringLiteral("Settings"));
     Settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
     connect(Settings, &QAction::triggered, this, &mainApp::Settings_Click);
+    PrintList = File->addAction(QStringLiteral("Skriv ut läkemedelslista…"));
+    PrintList->setObjectName(QStringLiteral("PrintList"));
+    PrintList->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_P));
+    PrintList->setEnabled(false);
+    connect(PrintList, &QAction::triggered, this, &mainApp::PrintList_Click);
     space = File->addSeparator();
     space->setObjectName(QStringLiteral("space"));
     Exit = File->addAction(QStringLiteral("&Avsluta"));
@@ -120,9 +125,18 @@ void mainApp::placeChild(QWidget *child, int leftTwips, int topTwips) {
     (frame ? frame : child)->move(px(leftTwips), px(topTwips));
 }
 
+bool mainApp::medicationViewOnShow() {
+    return IsLoaded<frmShowPatient>() && Screen<frmShowPatient>().isVisible();
+}
+
 // Ctrl+A is Avsluta on every screen of the frame, also in a text box, which would otherwise
-// take it for selecting all its text.
+// take it for selecting all its text. The printing of the medication list follows the view on
+// and off the screen, however it came or went.
 bool mainApp::eventFilter(QObject *watched, QEvent *event) {
+    if ((event->type() == QEvent::Show || event->type() == QEvent::Hide) &&
+        qobject_cast<frmShowPatient *>(watched) != nullptr) {
+        PrintList->setEnabled(medicationViewOnShow());
+    }
     if (event->type() == QEvent::ShortcutOverride &&
         static_cast<QKeyEvent *>(event)->keyCombination() == QKeyCombination(Qt::CTRL, Qt::Key_A)) {
         const auto *widget = qobject_cast<QWidget *>(watched);
@@ -173,6 +187,12 @@ void mainApp::Settings_Click() {
     settings.exec();
 }
 
+void mainApp::PrintList_Click() {
+    if (medicationViewOnShow()) {
+        Screen<frmShowPatient>().PrintMedicationList();
+    }
+}
+
 void mainApp::About_Click() {
     frmAbout &about = Screen<frmAbout>();
     centreOnOwner(&about, this);
@@ -183,12 +203,10 @@ void mainApp::Timer1_Timer() {
     if (platform::BrowserIsWaiting()) {
         return;
     }
-    inbox_.Timer1_Timer(
-        [] { return IsLoaded<frmShowPatient>() && Screen<frmShowPatient>().isVisible(); },
-        [] {
-            frmShowPatient &view = Screen<frmShowPatient>();
-            view.ReadPatientFolder(view.txtPnr->text().toStdString());
-        });
+    inbox_.Timer1_Timer(medicationViewOnShow, [] {
+        frmShowPatient &view = Screen<frmShowPatient>();
+        view.ReadPatientFolder(view.txtPnr->text().toStdString());
+    });
 }
 
 } // namespace mirelo::screens

@@ -22,6 +22,8 @@ class mainApp : public QMainWindow {
     QMdiArea *mdiArea;
     QMenu *File;
     QAction *Settings;
+    // Enabled while a patient's medication view is on show; Ctrl+P there too.
+    QAction *PrintList;
     QAction *space;
     QAction *Exit;
     QMenu *Help;
@@ -40,6 +42,7 @@ class mainApp : public QMainWindow {
     [[noreturn]] void MDIForm_Unload();
     void Exit_Click();
     void Settings_Click();
+    void PrintList_Click();
     void About_Click();
     void Timer1_Timer();
 
@@ -52,6 +55,7 @@ class mainApp : public QMainWindow {
   private:
     void buildMenu();
     void fitClientArea();
+    static bool medicationViewOnShow();
 
     QSize clientArea_;
     InboxTimer inbox_;

@@ -9,7 +9,7 @@ packages=(
   clang libclang-rt-dev
   libxml2-dev libcurl4-openssl-dev libcpp-httplib-dev
   qt6-base-dev qt6-webengine-dev libqt6svg6 qt6-translations-l10n
-  libgtest-dev libgmock-dev
+  libgtest-dev libgmock-dev poppler-utils
   xvfb xauth
 )
 if [ "${1:-}" = "--package" ]; then

@@ -1,15 +1,17 @@
 #include "browser_processes.h"
 #include "korvalo_process.h"
-#include "platform/gui/folder_picker.h"
+#include "platform/gui/file_pickers.h"
 #include "platform/gui/widget_message_box.h"
 #include "platform/translations/swedish_qt_texts.h"
 #include "screen_test.h"
+#include "screens/frmMedicationListPreview.h"
 #include "scripted_browser.h"
 #include "web_client.h"
 
 #include <QFileDialog>
 #include <QMdiArea>
 #include <QMessageBox>
+#include <QProcess>
 #include <QToolButton>
 #include <algorithm>
 #include <regex>
@@ -350,6 +352,76 @@ TEST_F(VisitScreensTest, the_settings_dialog_keeps_file_and_session_but_on_a_goo
     EXPECT_THAT(pressOK(appDir() + "/annan"),
                 ElementsAre(StartsWith("[stop] Kunde inte läsa inställningsfil.\r\nAnledning: ")));
     EXPECT_EQ(readBytes(file), "<Settings><DataPath>");
+}
+
+// Ctrl+P in the view previews the list read from the file, and "Spara som PDF…" writes it: every
+// page has its head, every product stands whole on one page, in the view's order. The file is
+// only read; one that can't be read gives the view's box and no preview.
+TEST_F(VisitScreensTest, the_medication_list_goes_to_a_pdf_of_whole_products_under_a_head) {
+    std::vector<ProductFields> products(120);
+    for (int i = 0; i < 120; ++i) {
+        products[i] = {.productName = "Preparat" + std::to_string(i),
+                       .dosage = i % 7 ? "Dos" : "Dos\nmed mat\noch vatten",
+                       .repeats = std::to_string(i)};
+    }
+    products.push_back({.regNr = "R9", .checked = "0", .allergic = "1"});
+    storePatient(Pnr, products);
+    const std::string file = path("data/" + Pnr + ".xml"), before = readBytes(file);
+    mainApp &frame = showFrame();
+    frmShowPatient &view = openPatient(Pnr);
+    EXPECT_EQ(frame.PrintList->text() + frame.PrintList->shortcut().toString(),
+              "Skriv ut läkemedelslista…Ctrl+P");
+    // Whatever preview opens is saved into the file.
+    const auto saveAs = [](const std::string &pdf) {
+        QTimer::singleShot(0, [pdf] {
+            if (auto *preview =
+                    qobject_cast<frmMedicationListPreview *>(QApplication::activeModalWidget())) {
+                platform::setNextFileToSave(pdf);
+                preview->cmdSavePdf->trigger();
+                preview->reject();
+            }
+        });
+    };
+    saveAs(path("lista.pdf"));
+    QTest::keyClick(view.FlexGrid, Qt::Key_P, Qt::ControlModifier);
+    QProcess reader;
+    reader.start("pdftotext", {"-layout", QString::fromStdString(path("lista.pdf")), "-"});
+    ASSERT_TRUE(reader.waitForFinished());
+    const QStringList pages =
+        QString(reader.readAllStandardOutput()).split('\f', Qt::SkipEmptyParts);
+    for (qsizetype i = 0, last = 0; i < 120; ++i) {
+        const qsizetype page =
+            std::ranges::find_if(pages,
+                                 [i](const QString &text) {
+                                     return text.contains(QStringLiteral("Preparat%1 ").arg(i));
+                                 }) -
+            pages.begin();
+        EXPECT_TRUE(page < pages.size() && page >= last &&
+                    pages[page].contains(QStringLiteral("Uttag: %1 ggr").arg(i)))
+            << i;
+        last = page;
+    }
+    for (qsizetype page = 0; page < pages.size(); ++page) {
+        EXPECT_TRUE(
+            pages[page].contains("Läkemedelslista för Tolvan Tolvansson, 191212121212") &&
+            pages[page].contains(QStringLiteral("Sida %1 av %2").arg(page + 1).arg(pages.size())))
+            << page;
+    }
+    EXPECT_THAT(
+        pages.join("").simplified().toStdString(),
+        ::testing::ContainsRegex("Adress: Storgatan 1, 111 22 Stockholm Utskriven: "
+                                 "2026-03-15 14:05:09 .* Överkänslighet Alvedon Produktnummer: "
+                                 "R9 Utsatta läkemedel Alvedon Tablett 500 mg Orion Ersatt"));
+    EXPECT_EQ(readBytes(file), before);
+
+    std::filesystem::remove(file);
+    saveAs(path("saknas.pdf"));
+    frame.PrintList->trigger();
+    EXPECT_EQ(said(), Texts{"[stop] Patientens fil saknas."});
+    view.cmdNyPatient->click();
+    QApplication::processEvents();
+    EXPECT_TRUE(!std::filesystem::exists(path("saknas.pdf")) && !frame.PrintList->isEnabled() &&
+                pages.size() > 4);
 }
 
 TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its_marks) {
