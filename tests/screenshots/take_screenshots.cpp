@@ -1,10 +1,13 @@
 // Saves pictures of the login screen, the main frame, the medication view (also scrolled, and
-// refilled), the detail panel of a product, the dialogs of notes and warnings, the extended
-// information, the patient details, About, the settings and the folder picker, for a review of
-// the look. Works in a temporary application directory with a made-up patient.
+// refilled), the detail panel of a product, the dialogs of notes and warnings, the preview of the
+// printed medication list, the extended information, the patient details, About, the settings and
+// the folder picker, for a review of the look. Works in a temporary application directory with a
+// made-up patient.
 #include "platform/translations/swedish_qt_texts.h"
 #include "records/note_records.h"
+#include "records/printed_medication_list.h"
 #include "screen_test.h"
+#include "screens/frmMedicationListPreview.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -119,6 +122,13 @@ int main(int argc, char **argv) {
     frmAllergicHistory &history = Screen<frmAllergicHistory>();
     history.listHistory("191212121212", "19650101", "Waran Tablett 2,5 mg");
     saved = save(history, target + QStringLiteral("/allergy_history.png")) && saved;
+
+    // The list the patient takes home, with the reasons of the warnings just written.
+    frmMedicationListPreview preview(
+        ReadPrintedMedicationList("191212121212", true, session().gSignature), "191212121212");
+    preview.show();
+    saved = save(preview, target + QStringLiteral("/medication_list_preview.png")) && saved;
+    preview.hide();
 
     frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
     extendedInfo.ReadPatientFolder("191212121212");
