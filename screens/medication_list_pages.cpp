@@ -47,12 +47,10 @@ struct Placement {
 class Pages {
   public:
     Pages(const PrintedMedicationList &list, QPagedPaintDevice &device)
-        : device_(device),
-          width_(device.pageLayout().paintRectPixels(device.logicalDpiX()).width()),
-          headFont_(verdana(HeadPoints)), headLine_(QFontMetricsF(headFont_, &device).height()),
-          bodyTop_(headLine_ * 2.2),
-          bodyHeight_(device.pageLayout().paintRectPixels(device.logicalDpiX()).height() -
-                      bodyTop_),
+        : device_(device), area_(device.pageLayout().paintRectPixels(device.logicalDpiX())),
+          width_(area_.width()), headFont_(verdana(HeadPoints)),
+          headLine_(QFontMetricsF(headFont_, &device).height()), bodyTop_(headLine_ * 2.2),
+          bodyHeight_(area_.height() - bodyTop_),
           line_(QFontMetricsF(verdana(BodyPoints), &device).height()) {
         add(
             [&list](QTextCursor &cursor) {
@@ -79,10 +77,10 @@ class Pages {
         paginate();
     }
 
-    bool paint(const std::string &header) {
+    void paint(const std::string &header) {
         QPainter painter;
         if (!painter.begin(&device_)) {
-            return false;
+            return;
         }
         for (size_t page = 0; page < pages_.size(); ++page) {
             if (page > 0) {
@@ -93,12 +91,15 @@ class Pages {
                 const qreal partTop = placed.part * bodyHeight_;
                 painter.save();
                 painter.translate(0, bodyTop_ + placed.top - partTop);
-                blocks_[placed.block].text->drawContents(&painter,
-                                                         QRectF(0, partTop, width_, bodyHeight_));
+                // A part holds its own page's lines only. The layout draws every paragraph that
+                // touches the rectangle, so the neighbours' paragraphs that end or begin on its
+                // edges are kept out by a hair: they would be hidden, yet be in the PDF's text.
+                const QRectF part(0, partTop, width_, bodyHeight_);
+                painter.setClipRect(part);
+                blocks_[placed.block].text->drawContents(&painter, part.adjusted(0, 0.5, 0, -0.5));
                 painter.restore();
             }
         }
-        return painter.end();
     }
 
   private:
@@ -187,6 +188,7 @@ class Pages {
     }
 
     QPagedPaintDevice &device_;
+    QRect area_;
     qreal width_;
     QFont headFont_;
     qreal headLine_;
@@ -204,8 +206,8 @@ QPageLayout MedicationListPageLayout() {
                        QPageLayout::Millimeter);
 }
 
-bool PaintMedicationList(const PrintedMedicationList &list, QPagedPaintDevice &device) {
-    return Pages(list, device).paint(list.pageHeader);
+void PaintMedicationList(const PrintedMedicationList &list, QPagedPaintDevice &device) {
+    Pages(list, device).paint(list.pageHeader);
 }
 
 std::string MedicationListPdf(const PrintedMedicationList &list) {

@@ -16,9 +16,9 @@ namespace mirelo::screens {
 
 QPageLayout MedicationListPageLayout();
 
-// Paints every page onto the device, a printer, its preview or a PDF writer; false when the
-// device can't be painted on.
-bool PaintMedicationList(const PrintedMedicationList &list, QPagedPaintDevice &device);
+// Paints every page onto the device: a printer, its preview or a PDF writer. A printer that can't
+// be painted on gets nothing.
+void PaintMedicationList(const PrintedMedicationList &list, QPagedPaintDevice &device);
 
 // The list as the bytes of a PDF document.
 std::string MedicationListPdf(const PrintedMedicationList &list);
