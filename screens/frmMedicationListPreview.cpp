@@ -5,7 +5,6 @@
 #include "platform/file_system.h"
 #include "platform/gui/file_pickers.h"
 #include "platform/message_box.h"
-#include "screens/dialog_window.h"
 #include "screens/medication_list_pages.h"
 #include "screens/screen_layout.h"
 
@@ -17,17 +16,26 @@
 #include <QToolButton>
 
 namespace mirelo::screens {
+namespace {
+
+// The list's name wherever the physician meets it again: in a file saved of it, in the print
+// dialog's own file and in a printer's queue.
+QString ListName(const std::string &pnr) {
+    return QStringLiteral("Läkemedelslista %1 %2")
+        .arg(QString::fromStdString(pnr), Now().toString(QStringLiteral("yyyy-MM-dd")));
+}
+
+} // namespace
 
 frmMedicationListPreview::frmMedicationListPreview(PrintedMedicationList list,
                                                    const std::string &pnr)
     : list_(std::move(list)), pnr_(pnr) {
-    setUpDialogWindow(this, CloseBox::Shown);
-    setObjectName(QStringLiteral("frmMedicationListPreview"));
-    setWindowModality(Qt::ApplicationModal);
     // Wide enough for the preview's tools and ours in one row, on the screen the frame was made
     // for.
-    resize(px(13800), px(10800));
+    setUpModalDialog(this, "frmMedicationListPreview", QStringLiteral("Mirelo Läkemedelslista"),
+                     13800, 10800);
     printer()->setPageLayout(MedicationListPageLayout());
+    printer()->setDocName(ListName(pnr_));
     connect(this, &QPrintPreviewDialog::paintRequested, this,
             [this](QPrinter *printer) { PaintMedicationList(list_, *printer); });
 
@@ -43,11 +51,7 @@ frmMedicationListPreview::frmMedicationListPreview(PrintedMedicationList list,
 void frmMedicationListPreview::cmdSavePdf_Click() {
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     const std::string suggested =
-        QDir(documents)
-            .filePath(QStringLiteral("Läkemedelslista %1 %2.pdf")
-                          .arg(QString::fromStdString(pnr_),
-                               Now().toString(QStringLiteral("yyyy-MM-dd"))))
-            .toStdString();
+        QDir(documents).filePath(ListName(pnr_) + QStringLiteral(".pdf")).toStdString();
     const std::optional<std::string> path =
         platform::ChooseFileToSave(this, "Spara som PDF", suggested, "PDF-dokument (*.pdf)", "pdf");
     if (!path) {

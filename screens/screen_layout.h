@@ -94,7 +94,7 @@ platform::FlexGrid *makeProductGrid(QWidget *parent, const char *name,
                                     const ProductGridShape &shape, platform::ImageList pictures,
                                     int left, int top, int width, int height);
 
-// Names, titles and sizes a small modal dialog with its close box in the plain dialog font.
+// Names, titles and sizes a modal dialog with its close box in the plain dialog font.
 void setUpModalDialog(QDialog *dialog, const char *name, const QString &title, int width,
                       int height);
 

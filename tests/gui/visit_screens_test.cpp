@@ -127,23 +127,26 @@ TEST_F(VisitScreensTest, every_dialog_is_the_frames_with_a_close_box_at_most) {
             dialog->objectName().toStdString() + (dialog->isMinimized() ? " minimised" : "") +
             (dialog->parentWidget() ? " the frame's" : "") +
             (flags & Qt::WindowCloseButtonHint ? " closes" : "") +
-            (flags & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint) ? " more" : "");
+            (flags & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint) ? " more" : "") +
+            (dialog->minimumSize() != dialog->maximumSize() ? " resizes" : "");
         dialog->hide();
         return window;
     };
     Texts windows{minimised(&Screen<frmSplash>())};
     showFrame();
+    frmMedicationListPreview preview({}, Pnr);
     for (QDialog *dialog : std::initializer_list<QDialog *>{
              &Screen<frmMedicalNote>(), &Screen<frmAllergicExtendedInfo>(),
              &Screen<frmAllergicHistory>(), &Screen<frmPatInfo>(), &Screen<frmAbout>(),
-             &Screen<frmSettings>()}) {
+             &Screen<frmSettings>(), &preview}) {
         windows.push_back(minimised(dialog));
     }
     EXPECT_EQ(
         windows,
         (Texts{"frmSplash", "frmMedicalNote the frame's", "frmAllergicExtendedInfo the frame's",
                "frmAllergicHistory the frame's closes", "frmPatInfo the frame's closes",
-               "frmAbout the frame's closes", "frmSettings the frame's closes"}));
+               "frmAbout the frame's closes", "frmSettings the frame's closes",
+               "frmMedicationListPreview the frame's closes"}));
 }
 
 TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_itself_for_the_next) {
