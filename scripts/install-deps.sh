@@ -8,7 +8,7 @@ packages=(
   cmake g++ make pkg-config clang-format
   clang libclang-rt-dev
   libxml2-dev libcurl4-openssl-dev libcpp-httplib-dev
-  qt6-base-dev qt6-webengine-dev libqt6svg6 qt6-translations-l10n
+  qt6-base-dev qt6-webengine-dev libqt6svg6 qt6-translations-l10n qt6-l10n-tools
   libgtest-dev libgmock-dev poppler-utils
   xvfb xauth
 )

@@ -12,6 +12,7 @@
 #include <QMdiArea>
 #include <QMessageBox>
 #include <QProcess>
+#include <QToolBar>
 #include <QToolButton>
 #include <algorithm>
 #include <regex>
@@ -374,11 +375,19 @@ TEST_F(VisitScreensTest, the_medication_list_goes_to_a_pdf_of_whole_products_und
     frmShowPatient &view = openPatient(Pnr);
     EXPECT_EQ(frame.PrintList->text() + frame.PrintList->shortcut().toString(),
               "Skriv ut läkemedelslista…Ctrl+P");
-    // Whatever preview opens is saved into the file.
-    const auto saveAs = [](const std::string &pdf) {
-        QTimer::singleShot(0, [pdf] {
+    // Whatever preview opens is saved into the file; it speaks Swedish, Qt's tools included.
+    platform::installSwedishQtTexts(*qApp);
+    QStringList tools;
+    const auto saveAs = [&tools](const std::string &pdf) {
+        QTimer::singleShot(0, [pdf, &tools] {
             if (auto *preview =
                     qobject_cast<frmMedicationListPreview *>(QApplication::activeModalWidget())) {
+                tools = {preview->windowTitle()};
+                for (const QAction *tool : preview->findChild<QToolBar *>()->actions()) {
+                    if (!tool->toolTip().isEmpty()) {
+                        tools << tool->toolTip();
+                    }
+                }
                 platform::setNextFileToSave(pdf);
                 preview->cmdSavePdf->trigger();
                 preview->reject();
@@ -387,6 +396,11 @@ TEST_F(VisitScreensTest, the_medication_list_goes_to_a_pdf_of_whole_products_und
     };
     saveAs(path("lista.pdf"));
     QTest::keyClick(view.FlexGrid, Qt::Key_P, Qt::ControlModifier);
+    EXPECT_EQ(tools.join('|').toStdString(),
+              "Mirelo Läkemedelslista|Anpassa till bredden|Anpassa till sidan|Zooma ut|Zooma in|"
+              "Stående|Liggande|Första sidan|Föregående sida|Nästa sida|Sista sidan|"
+              "Visa en sida i taget|Visa uppslag|Visa alla sidor|Utskriftsformat|Skriv ut|"
+              "Spara som PDF…");
     QProcess reader;
     reader.start("pdftotext", {"-layout", QString::fromStdString(path("lista.pdf")), "-"});
     ASSERT_TRUE(reader.waitForFinished());
