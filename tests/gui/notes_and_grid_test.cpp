@@ -50,12 +50,7 @@ class NoteScreensTest : public ScreenTest {
         storePatientFile(Pnr + ".xml", text);
     }
     std::string stored(const std::string &query = Notes) const {
-        const platform::XmlDocument patient = readStoredPatient(file());
-        std::string texts;
-        for (const platform::XmlNode &node : patient.selectNodes(query)) {
-            texts += node.text() + "|";
-        }
-        return texts;
+        return texts(readStoredPatient(file()), query);
     }
     // Keys know no letters beyond ASCII.
     static void type(QPlainTextEdit *box, const char *text) {

@@ -93,11 +93,23 @@ std::string utf8ToLatin1(const std::string &utf8) {
     return QString::fromStdString(utf8).toLatin1().toStdString();
 }
 
+platform::XmlDocument parsedXml(const std::string &text) {
+    platform::XmlDocument document;
+    EXPECT_TRUE(document.loadXML(text)) << document.parseError().reason;
+    return document;
+}
+
 platform::XmlDocument readStoredPatient(const std::string &path) {
-    platform::XmlDocument patient;
-    patient.loadXML(latin1ToUtf8(unscrambleBytes(readBytes(path))));
-    EXPECT_EQ(patient.parseError().errorCode, 0) << path << ": " << patient.parseError().reason;
-    return patient;
+    SCOPED_TRACE(path);
+    return parsedXml(latin1ToUtf8(unscrambleBytes(readBytes(path))));
+}
+
+std::string texts(const platform::XmlDocument &document, const std::string &query, bool named) {
+    std::string texts;
+    for (const platform::XmlNode &node : document.selectNodes(query)) {
+        texts += (named ? node.nodeName() + "=" : "") + node.text() + "|";
+    }
+    return texts;
 }
 
 Fields childFields(const platform::XmlNode &node) {

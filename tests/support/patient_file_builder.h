@@ -59,9 +59,16 @@ void storePatient(const std::string &pnr, const std::vector<ProductFields> &prod
 
 std::string utf8ToLatin1(const std::string &utf8);
 
+// A document parsed from UTF-8 text; the test fails if the text isn't well-formed.
+platform::XmlDocument parsedXml(const std::string &text);
+
 // A stored patient file read back by the scrambling rule itself, not by the code under test,
 // and parsed. The test fails if the bytes don't unscramble to a well-formed document.
 platform::XmlDocument readStoredPatient(const std::string &path);
+
+// The texts of the nodes a query selects, each after its name if asked and before a "|".
+std::string texts(const platform::XmlDocument &document, const std::string &query,
+                  bool named = false);
 
 // The element children of a node as name and text, in document order, so that a test can
 // compare a whole record at once.

@@ -80,6 +80,16 @@ std::string latin1ToUtf8(const std::string &latin1) {
     return QString::fromLatin1(latin1).toStdString();
 }
 
+std::map<std::string, std::string> filesUnder(const std::string &folder) {
+    std::map<std::string, std::string> files;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (!entry.is_directory() && entry.path().filename() != platform::RecordLockFileName) {
+            files[std::filesystem::relative(entry.path(), folder)] = readBytes(entry.path());
+        }
+    }
+    return files;
+}
+
 std::set<std::string> filesIn(const std::string &folder) {
     std::set<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(folder)) {

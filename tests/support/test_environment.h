@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -53,6 +54,10 @@ class ApplicationTest : public ::testing::Test {
 
 // The names of the files and folders directly under a folder.
 std::set<std::string> filesIn(const std::string &folder);
+
+// Every file under a folder, by its path within it, and its bytes; the data folder's lock file,
+// which holds nothing and stays once made, left out.
+std::map<std::string, std::string> filesUnder(const std::string &folder);
 
 // The files under a folder whose bytes hold the text, all but the one left out: a secret is to
 // be in none of them.

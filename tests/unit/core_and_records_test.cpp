@@ -41,16 +41,6 @@ std::string failure(const std::function<void()> &act,
     return "";
 }
 
-// The texts of the nodes a query selects, each after its name if asked and before a "|".
-std::string texts(const platform::XmlDocument &document, const std::string &query,
-                  bool named = false) {
-    std::string texts;
-    for (const platform::XmlNode &node : document.selectNodes(query)) {
-        texts += (named ? node.nodeName() + "=" : "") + node.text() + "|";
-    }
-    return texts;
-}
-
 const std::string Pnr = "191212121212", Sig = "Dr Åberg", Signed = Sig + " - 2026-03-15 14:05:09";
 const std::string Unstorable = "5 Ogiltigt argument eller anrop av procedur";
 const std::string Damaged = "-2147220988 Patientfil är skadad.\r\nAnledning: ";
@@ -96,8 +86,8 @@ class StoreTest : public ApplicationTest {
     }
     // The stored file is byte for byte the builder's file of these products, as written.
     static void expectStored(const std::vector<ProductFields> &products) {
-        platform::XmlDocument expected;
-        ASSERT_TRUE(expected.loadXML(patientText(Pnr, "Tolvansson", "Tolvan", products)));
+        const platform::XmlDocument expected =
+            parsedXml(patientText(Pnr, "Tolvansson", "Tolvan", products));
         EXPECT_EQ(readBytes(file()), scrambleBytes(utf8ToLatin1(expected.xml())));
     }
     // What the search for a typed text gives: the file it opens, then every line of the list.
@@ -521,9 +511,7 @@ Texts rowsOf(const ProductGridFill &fill, const ProductGridShape &shape = medica
 
 MedicationOverview fill(const std::vector<ProductFields> &products, bool all = true,
                         int rows = 14) {
-    platform::XmlDocument document;
-    EXPECT_TRUE(document.loadXML(patientText(Pnr, "Tolvansson", "Tolvan", products)));
-    return FillFlexGrid(document, all, rows);
+    return FillFlexGrid(parsedXml(patientText(Pnr, "Tolvansson", "Tolvan", products)), all, rows);
 }
 
 TEST_F(StoreTest, the_fill_writes_every_cell_and_heading_of_a_product_row) {
@@ -586,9 +574,7 @@ TEST_F(StoreTest, the_fill_shows_icons_and_red_twins_and_hides_past_products_unl
     // A hand-edited product with a Checked of each kind stands among the current and the past.
     std::string twice = patientText(Pnr, "T", "T", {{.id = "1", .atcCode = "A"}, {.id = "2"}});
     twice.replace(twice.find("<Checked>1"), 10, "<Checked>0</Checked><Checked>1");
-    platform::XmlDocument handEdited;
-    ASSERT_TRUE(handEdited.loadXML(twice));
-    EXPECT_EQ(rowsOf(FillFlexGrid(handEdited, true, 14)), (Texts{"1 002", "2 001", "1 002"}));
+    EXPECT_EQ(rowsOf(FillFlexGrid(parsedXml(twice), true, 14)), (Texts{"1 002", "2 001", "1 002"}));
 }
 
 TEST_F(StoreTest, the_fill_stops_at_a_row_that_lacks_an_element_and_names_a_missing_file) {
@@ -712,8 +698,7 @@ TEST_F(StoreTest, a_mouse_down_follows_the_icon_under_the_left_button) {
 // product number finds a blank row. The view seeks the ID in the whole grid. A grid of its heading
 // alone finds nothing; an empty ID takes the marking away, as the heading row does.
 TEST_F(StoreTest, the_notes_grid_lists_and_seeks_its_products_no_further_down_than_it_allows) {
-    platform::XmlDocument document;
-    ASSERT_TRUE(document.loadXML(patientText(
+    const platform::XmlDocument document = parsedXml(patientText(
         Pnr, "T", "T",
         {{.id = "A2", .regNr = "100", .atcCode = "X01", .note = "a", .allergicHistory = "1"},
          {.id = "A1", .regNr = "100", .atcCode = "X01", .note = "äldre"},
@@ -721,7 +706,7 @@ TEST_F(StoreTest, the_notes_grid_lists_and_seeks_its_products_no_further_down_th
          {.id = "C", .regNr = "300", .atcCode = "Y01"},
          {.id = "D", .regNr = "400", .atcCode = "", .note = "d"},
          {.id = "E", .regNr = "500", .atcCode = "", .note = "e"},
-         {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g", .allergic = "1"}})));
+         {.id = "G", .regNr = "600", .atcCode = "Z01", .note = "g", .allergic = "1"}}));
     const extended_info::Fill notes = extended_info::FillFlexGrid(document, true, 11);
     const MedicationOverview view = FillFlexGrid(document, true, 14);
     EXPECT_EQ(rowsOf(notes, extended_info::grid),
@@ -854,8 +839,8 @@ TEST_F(XmlDocumentTest, a_source_is_decoded_by_its_declaration_and_a_failure_has
 }
 
 TEST_F(XmlDocumentTest, a_node_held_from_a_query_outlives_the_text_that_replaced_it) {
-    XmlDocument document;
-    ASSERT_TRUE(document.loadXML("<r><Checked>1<Product><ID>inner</ID></Product></Checked></r>"));
+    XmlDocument document =
+        parsedXml("<r><Checked>1<Product><ID>inner</ID></Product></Checked></r>");
     const std::vector<XmlNode> products = document.selectNodes("//Product");
     document.selectSingleNode("//Checked").setText("0");
     EXPECT_EQ(products.at(0).selectSingleNode("ID").text(), "inner");
@@ -959,9 +944,7 @@ TEST_F(XmlDocumentTest, the_one_pass_writer_writes_the_bytes_libxml2_writes_or_l
         {"<a><?p x?><b/></a>", false}};
     for (const auto &[text, plain] : trees) {
         SCOPED_TRACE(text.substr(0, 80));
-        XmlDocument document;
-        ASSERT_TRUE(document.loadXML(text)) << document.parseError().reason;
-        expectWrittenAndWalkedAsLibxml2Does(document, plain);
+        expectWrittenAndWalkedAsLibxml2Does(parsedXml(text), plain);
     }
 
     // A document of our own: the declaration first, markup escaped, a carriage return as it stands.

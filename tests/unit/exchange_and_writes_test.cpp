@@ -113,20 +113,10 @@ class ExchangeTest : public ApplicationTest {
         return seen([&](const OpenMainFrame &frame) { Login({username, password, true}, frame); });
     }
 
-    // Every file but the data folder's lock file, which holds nothing and stays once made.
-    std::map<std::string, std::string> contents(const std::string &folder) {
-        std::map<std::string, std::string> files;
-        for (const std::string &name : filesIn(path(folder))) {
-            if (name != platform::RecordLockFileName) {
-                files[name] = readBytes(path(folder + "/" + name));
-            }
-        }
-        return files;
-    }
     // The step with the file made read-only, with files limited to half its size, or with the
     // patient locked by another workstation, and what the user and the folders show afterwards.
     std::string underFault(Fault fault, const WriteSite &site) {
-        const auto before = contents(site.folder), inbox = contents("in");
+        const auto before = filesUnder(path(site.folder)), inbox = filesUnder(path("in"));
         if (fault == Fault::HeldElsewhere) {
             new platform::RecordLock(path("data"), Pnr, {}); // held until this process ends
         } else if (fault == Fault::ReadOnly) {
@@ -150,8 +140,8 @@ class ExchangeTest : public ApplicationTest {
             report += box + "\n";
         }
         // A stray file beside it, or a file changed or gone, is a write that was not undone.
-        report += contents(site.folder) != before ? site.folder + " changed\n" : "";
-        report += contents("in") != inbox ? "the inbox changed\n" : "";
+        report += filesUnder(path(site.folder)) != before ? site.folder + " changed\n" : "";
+        report += filesUnder(path("in")) != inbox ? "the inbox changed\n" : "";
         for (const std::string &secret : {Password, utf8ToLatin1(Password)}) {
             report += filesHolding(appDir(), secret).empty() ? "" : "the password in a file\n";
         }
@@ -174,8 +164,8 @@ TEST_F(ExchangeTest, the_messages_of_a_login_answer_open_the_frame_show_notes_or
              {message(" 0") + message("6", "Nekad."), {"[stop] Nekad."}},
              {message("0") + message("4", "Utgånget."), {"frame", "[stop] Utgånget."}},
          }) {
-        platform::XmlDocument answer;
-        ASSERT_TRUE(answer.loadXML("<LoginResponse>" + messages + "</LoginResponse>"));
+        const platform::XmlDocument answer =
+            parsedXml("<LoginResponse>" + messages + "</LoginResponse>");
         EXPECT_EQ(seen([&](const OpenMainFrame &frame) { HandleLoginResponse(answer, frame); }),
                   expected)
             << messages;
@@ -270,8 +260,8 @@ TEST_F(ExchangeTest, the_login_holds_its_fields_a_number_goes_alone_and_a_patien
                                     {.id = "S3_1", .regNr = "888"}});
     text.insert(text.rfind("</Patient>"), "<History><AllergicHistory><RegNr>777</RegNr>"
                                           "</AllergicHistory></History>");
-    platform::XmlDocument patient, newPatient, broken;
-    ASSERT_TRUE(patient.loadXML(text));
+    platform::XmlDocument patient = parsedXml(text),
+                          newPatient = parsedXml(patientText("1", "A", "B", {}));
     // The nodes may move into the handover document, so their text is taken beforehand.
     const Texts current =
         nodes(patient, "//PatientData | //Product[ID = \"S2_1\"] | //Product[ID = \"S3_1\"]",
@@ -283,10 +273,9 @@ TEST_F(ExchangeTest, the_login_holds_its_fields_a_number_goes_alone_and_a_patien
     EXPECT_EQ(
         nodes(*handover, "/Patient/PatientData | /Patient/MedicalList/*", &platform::XmlNode::xml),
         current);
-    ASSERT_TRUE(newPatient.loadXML(patientText("1", "A", "B", {})));
     EXPECT_EQ(nodes(*CreatePrescriptionXML(&newPatient, ""), "/Patient/MedicalList | //Product"),
               Texts{"MedicalList"});
-    ASSERT_TRUE(broken.loadXML("<Patient><MedicalList/></Patient>"));
+    platform::XmlDocument broken = parsedXml("<Patient><MedicalList/></Patient>");
     EXPECT_FALSE(CreatePrescriptionXML(&broken, ""));
     EXPECT_EQ(said(), Texts{"[stop] Kunde inte skapa förskrivningsfil: " +
                             runtime::description(runtime::ObjectNotSet)});
@@ -363,8 +352,8 @@ TEST_F(ExchangeTest, the_hand_over_page_shows_its_users_what_came_and_prescribes
     const std::string page = korvalo.baseUrl() + "/Public/Mirelo/InitXML.aspx";
     // The field is filled by script: the document, password and all, is never on screen.
     expectPage(webGet(page), 200, {"<input type=\"hidden\" name=\"txtXml\">"}, {"<textarea"});
-    platform::XmlDocument patient;
-    ASSERT_TRUE(patient.loadXML(patientText(Pnr, "Öberg &lt;script&gt; \"&amp;\"", "Märta", {})));
+    platform::XmlDocument patient =
+        parsedXml(patientText(Pnr, "Öberg &lt;script&gt; \"&amp;\"", "Märta", {}));
     // A hand-over as long as a patient's: a general note of 1 MB.
     patient.selectSingleNode("//GeneralInfo").setText(std::string(1 << 20, 'x') + "slut");
     expectPage(webPostForm(page, {{"txtXml", handover("demo", "demo123", &patient)}}), 200,
@@ -580,17 +569,15 @@ class BrowserHandoffTest : public ApplicationTest {
 
 TEST_F(BrowserHandoffTest,
        a_patient_and_the_login_form_are_posted_as_built_and_the_window_left_shown) {
-    platform::XmlDocument patient, posted;
-    ASSERT_TRUE(patient.loadXML(patientText(
+    platform::XmlDocument patient = parsedXml(patientText(
         "191212121212", "Åström", "Märta",
         {{.id = "S2_1", .regNr = "777", .note = "Tas med mat &amp; vatten &lt;morgon&gt;"},
-         {.id = "S1_1", .regNr = "777", .checked = "0"}})));
+         {.id = "S1_1", .regNr = "777", .checked = "0"}}));
     const auto handover = CreatePrescriptionXML(&patient, "");
     SubmitPrescriptionXML(handover);
     ASSERT_TRUE(waitForPosts(1));
     // The field's text comes with the browser's line breaks; the document must be the same.
-    ASSERT_TRUE(posted.loadXML(pages.lastPost().at("txtXml")));
-    EXPECT_EQ(posted.xml(), handover->xml());
+    EXPECT_EQ(parsedXml(pages.lastPost().at("txtXml")).xml(), handover->xml());
 
     session().gInitXmlUrl = "/login";
     SubmitLoginFields("191212121212");
@@ -658,9 +645,8 @@ TEST_F(BrowserHandoffTest, the_browser_lives_on_when_mirelo_ends_and_keeps_the_p
     EXPECT_TRUE(platform::processRunning(browser.pid));
 
     // The number was posted as built, its password reaching the page through the channel alone.
-    platform::XmlDocument posted;
-    ASSERT_TRUE(posted.loadXML(pages.lastPost().at("txtXml")));
-    EXPECT_EQ(posted.xml(), CreatePrescriptionXML(nullptr, "191212121212")->xml());
+    EXPECT_EQ(parsedXml(pages.lastPost().at("txtXml")).xml(),
+              CreatePrescriptionXML(nullptr, "191212121212")->xml());
     const std::string process = "/proc/" + std::to_string(browser.pid);
     EXPECT_THAT(readBytes(process + "/cmdline"), HasSubstr("mirelo-browser"));
     EXPECT_THAT(readBytes(process + "/cmdline") + readBytes(process + "/environ") + printed,

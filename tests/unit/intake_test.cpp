@@ -23,12 +23,6 @@ namespace fs = std::filesystem;
 using platform::XmlDocument;
 using platform::XmlNode;
 
-XmlDocument parse(const std::string &text) {
-    XmlDocument document;
-    EXPECT_TRUE(document.loadXML(text)) << document.parseError().reason;
-    return document;
-}
-
 std::string joined(const Fields &fields) {
     std::string line;
     for (const auto &[name, text] : fields) {
@@ -68,21 +62,10 @@ template <typename Act> auto outcomeOf(const Act &act) -> decltype(act()) {
     }
 }
 
-// Every file but the data folder's lock file, which holds nothing and stays once made.
-std::map<std::string, std::string> filesUnder(const std::string &folder) {
-    std::map<std::string, std::string> files;
-    for (const auto &entry : fs::recursive_directory_iterator(folder)) {
-        if (!entry.is_directory() && entry.path().filename() != platform::RecordLockFileName) {
-            files[fs::relative(entry.path(), folder)] = readBytes(entry.path());
-        }
-    }
-    return files;
-}
-
 class IntakeTest : public ApplicationTest {
   protected:
     static XmlDocument parsed(const PrescriptionMessage &m) {
-        return parse(prescriptionMessageText(m));
+        return parsedXml(prescriptionMessageText(m));
     }
     void drop(const std::string &name, const PrescriptionMessage &message) {
         writePrescriptionMessage(path("in/" + name), message);
@@ -295,7 +278,7 @@ TEST_F(IntakeTest, an_item_becomes_a_record_or_fails_the_message_and_the_check_s
                   (Texts{"VnrCheck: Product Product", "S1_3 Checked=1", "S1_4 Checked=1"}));
         EXPECT_EQ(built->selectNodes("//Product")[1].childNodes().size(), second);
     }
-    EXPECT_EQ(listed(BuildVnrXML(parse("<NewPrescriptionMessage/>"))), Texts{"VnrCheck:"});
+    EXPECT_EQ(listed(BuildVnrXML(parsedXml("<NewPrescriptionMessage/>"))), Texts{"VnrCheck:"});
     EXPECT_THAT(message.selectNodes("//Product"), IsEmpty());
 
     KorvaloProcess korvalo;
@@ -395,19 +378,19 @@ TEST_F(IntakeTest, a_new_product_goes_first_retires_its_RegNr_and_inherits_note_
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         std::string text = patientText("1", "Ek", "Eva", c.older);
-        XmlDocument patient = parse(text.insert(text.rfind("</Patient>"), history));
+        XmlDocument patient = parsedXml(text.insert(text.rfind("</Patient>"), history));
         EXPECT_EQ(outcomeOf([&] {
                       TakeInMessageItems(message, patient);
                       return listed(patient);
                   }),
                   c.after);
         EXPECT_EQ(patient.selectSingleNode("//History").xml(),
-                  parse(history).documentElement().xml());
+                  parsedXml(history).documentElement().xml());
     }
 
     // An empty RegNr is never matched, not even by an empty one; its unreadable flags show it.
     XmlDocument patient =
-        parse(patientText("1", "Ek", "Eva", {{.regNr = "", .checked = "", .allergic = "x"}}));
+        parsedXml(patientText("1", "Ek", "Eva", {{.regNr = "", .checked = "", .allergic = "x"}}));
     const XmlDocument built = BuildNefXML(message);
     built.selectSingleNode("//RegNr").setText("");
     MergeProductIntoMedicalList(patient, built.selectSingleNode("//Product"));
@@ -428,8 +411,8 @@ TEST_F(IntakeTest, a_new_product_goes_first_retires_its_RegNr_and_inherits_note_
           "<MedicalList>" + product("100001", "<Product><RegNr>1</RegNr></Product>") +
               "</MedicalList>"}) {
         SCOPED_TRACE(body);
-        XmlDocument together = parse("<Patient><PatientData/>" + body + "</Patient>");
-        XmlDocument oneByOne = parse("<Patient><PatientData/>" + body + "</Patient>");
+        XmlDocument together = parsedXml("<Patient><PatientData/>" + body + "</Patient>");
+        XmlDocument oneByOne = parsedXml("<Patient><PatientData/>" + body + "</Patient>");
         const XmlDocument products = BuildNefXML(threeItems);
         EXPECT_EQ(outcomeOf([&] {
                       TakeInMessageItems(threeItems, together);
@@ -443,7 +426,8 @@ TEST_F(IntakeTest, a_new_product_goes_first_retires_its_RegNr_and_inherits_note_
                   }));
     }
     // Where retiring a product would take the list out of the file, no item is taken in.
-    XmlDocument nested = parse("<Patient>" + product("100001", "1<MedicalList/>") + "</Patient>");
+    XmlDocument nested =
+        parsedXml("<Patient>" + product("100001", "1<MedicalList/>") + "</Patient>");
     EXPECT_EQ(outcomeOf([&] {
                   TakeInMessageItems(threeItems, nested);
                   return nested.xml();
