@@ -17,39 +17,32 @@
 #include <iostream>
 
 using namespace mirelo;
-using namespace mirelo::screens;
-namespace support = mirelo::testing;
-
-namespace {
-
-bool save(QWidget &window, const QString &path) {
-    QApplication::processEvents();
-    const bool saved = window.grab().save(path);
-    std::cout << (saved ? "saved " : "could not save ") << path.toStdString() << "\n";
-    return saved;
-}
-
-} // namespace
+using namespace mirelo::testing;
 
 int main(int argc, char **argv) {
     const QString target = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
     QDir().mkpath(target);
-    support::ensureGuiApplication();
+    bool saved = true;
+    const auto save = [&](QWidget &window, const char *name) {
+        QApplication::processEvents();
+        const QString path = target + "/" + name + ".png";
+        const bool done = window.grab().save(path);
+        std::cout << (done ? "saved " : "could not save ") << path.toStdString() << "\n";
+        saved = saved && done;
+    };
+    ensureGuiApplication();
     platform::installSwedishQtTexts(*qApp);
     QTemporaryDir appDir;
     setApplicationDirectoryForTesting(appDir.path().toStdString());
     QDir(appDir.path()).mkpath(QStringLiteral("data"));
-    support::SettingsFields settings;
-    settings.dataPath = appDir.path().toStdString() + "/data/";
-    support::writeSettingsFile(settings);
+    session().gDataPath = appDir.path().toStdString() + "/data/";
+    writeSettingsFile({.dataPath = session().gDataPath});
+    save(Screen<frmSplash>(), "login");
 
-    bool saved = save(Screen<frmSplash>(), target + QStringLiteral("/login.png"));
-
-    session().gDataPath = settings.dataPath.value();
     session().gSignature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
     // Thirty products, so the list scrolls under its fixed row, one of a maker with an "&", and
     // a signature long enough to reach the next caption of the detail panel.
-    std::vector<support::ProductFields> products{
+    std::vector<ProductFields> products{
         {.id = "S2_1",
          .regNr = "19650101",
          .productName = "Waran",
@@ -75,11 +68,11 @@ int main(int argc, char **argv) {
                             .note = number == 3 ? "Tas med mat" : "",
                             .allergicHistory = number == 2 ? "1" : "0"});
     }
-    support::storePatient("191212121212", products, "Åström", "Märta");
+    storePatient("191212121212", products, "Åström", "Märta");
 
     mainApp &frame = Screen<mainApp>();
     frame.show();
-    saved = save(frame, target + QStringLiteral("/main_frame.png")) && saved;
+    save(frame, "main_frame");
 
     frmShowPatient &view = Screen<frmShowPatient>();
     view.ReadPatientFolder("191212121212");
@@ -88,18 +81,18 @@ int main(int argc, char **argv) {
     view.FlexGrid->setRow(1);
     view.FlexGrid_SelChange();
     frame.showChild(&view);
-    saved = save(frame, target + QStringLiteral("/medication_view.png")) && saved;
+    save(frame, "medication_view");
     view.FlexGrid->verticalScrollBar()->setValue(view.FlexGrid->verticalScrollBar()->maximum());
     view.FlexGrid->horizontalScrollBar()->setValue(view.FlexGrid->horizontalScrollBar()->maximum());
-    saved = save(frame, target + QStringLiteral("/medication_view_scrolled.png")) && saved;
+    save(frame, "medication_view_scrolled");
     // The refill after a prescription keeps the list where it was, its top row in sight.
     view.FlexGrid->verticalScrollBar()->setValue(0);
     view.FlexGrid->horizontalScrollBar()->setValue(0);
     view.ReadPatientFolder("191212121212");
-    saved = save(frame, target + QStringLiteral("/medication_view_refilled.png")) && saved;
+    save(frame, "medication_view_refilled");
     view.FlexGrid->setRow(3);
     view.FlexGrid_SelChange();
-    saved = save(frame, target + QStringLiteral("/detail_panel.png")) && saved;
+    save(frame, "detail_panel");
 
     SaveAllergicHistory("191212121212", "S2_1", 1,
                         "Utslag och klåda efter första dosen, bekräftat vid återbesök på "
@@ -113,21 +106,21 @@ int main(int argc, char **argv) {
                     session().gSignature);
     frmMedicalNote &note = Screen<frmMedicalNote>();
     note.ReadPatientFile("S2_1", "191212121212");
-    saved = save(note, target + QStringLiteral("/medical_note.png")) && saved;
+    save(note, "medical_note");
 
     frmAllergicExtendedInfo &reason = Screen<frmAllergicExtendedInfo>();
     reason.txtExtendedMedicalInfo->setPlainText(QStringLiteral("Reaktionen var en biverkan."));
-    saved = save(reason, target + QStringLiteral("/allergy_reason.png")) && saved;
+    save(reason, "allergy_reason");
 
     frmAllergicHistory &history = Screen<frmAllergicHistory>();
     history.listHistory("191212121212", "19650101", "Waran Tablett 2,5 mg");
-    saved = save(history, target + QStringLiteral("/allergy_history.png")) && saved;
+    save(history, "allergy_history");
 
     // The list the patient takes home, with the reasons of the warnings just written.
     frmMedicationListPreview preview(
         ReadPrintedMedicationList("191212121212", true, session().gSignature), "191212121212");
     preview.show();
-    saved = save(preview, target + QStringLiteral("/medication_list_preview.png")) && saved;
+    save(preview, "medication_list_preview");
     preview.hide();
 
     frmExtendedInfo &extendedInfo = Screen<frmExtendedInfo>();
@@ -144,18 +137,18 @@ int main(int argc, char **argv) {
     extendedInfo.FlexGrid_SelChange();
     frame.showChild(&extendedInfo);
     frame.placeChild(&extendedInfo, 0, 0);
-    saved = save(frame, target + QStringLiteral("/extended_info.png")) && saved;
+    save(frame, "extended_info");
 
     frmPatInfo &details = Screen<frmPatInfo>();
     details.ReadPatientFile("191212121212");
-    saved = save(details, target + QStringLiteral("/patient_details.png")) && saved;
-    saved = save(Screen<frmAbout>(), target + QStringLiteral("/about.png")) && saved;
-    saved = save(Screen<frmSettings>(), target + QStringLiteral("/settings.png")) && saved;
+    save(details, "patient_details");
+    save(Screen<frmAbout>(), "about");
+    save(Screen<frmSettings>(), "settings");
     // The folder picker as the settings' Bläddra shows it.
     QFileDialog picker(&Screen<frmSettings>(), QStringLiteral("Välj en katalog"), appDir.path());
     picker.setFileMode(QFileDialog::Directory);
     picker.setOption(QFileDialog::ShowDirsOnly);
     picker.show();
-    saved = save(picker, target + QStringLiteral("/folder_picker.png")) && saved;
+    save(picker, "folder_picker");
     return saved ? 0 : 1;
 }
