@@ -17,10 +17,6 @@ const std::string Product = "Alvedon Tablett 500 mg Orion, ordinerat av: Doktor 
 const std::string Notes = "//Product/*[starts-with(name(), 'ExtendedMedicalInfo') or starts-with("
                           "name(), 'Allergic')] | //History/*[*[4] = 'Dr. Berg']/*[position() > 1]";
 
-std::string record(const std::string &status, const std::string &time, const std::string &reason) {
-    return historyRecord("200", status, reason, time);
-}
-
 Texts rows(const FlexGrid *grid, int first, int last) {
     Texts lines(grid->Rows());
     for (int row = 0; row < grid->Rows(); ++row) {
@@ -40,14 +36,10 @@ class NoteScreensTest : public ScreenTest {
     }
     std::string file() const { return path("data/" + Pnr + ".xml"); }
     static void store(const std::vector<ProductFields> &products,
-                      const Texts &general = {"", "", ""}, const std::string &history = "") {
-        std::string text = patientText(Pnr, "Tolvansson", "Tolvan", products);
-        text.insert(text.rfind("</Patient>"), history);
-        for (int i = 0; i < 3; ++i) {
-            const std::string tag = Texts{"Info>", "InfoBy>", "InfoTimestamp>"}[i];
-            text.insert(text.find("<General" + tag) + tag.size() + 8, general[i]);
-        }
-        storePatientFile(Pnr + ".xml", text);
+                      const std::array<std::string, 3> &general = {},
+                      const std::string &history = {}) {
+        storePatientFile(Pnr + ".xml",
+                         patientText(Pnr, "Tolvansson", "Tolvan", products, general, history));
     }
     std::string stored(const std::string &query = Notes) const {
         return texts(readStoredPatient(file()), query);
@@ -185,9 +177,10 @@ TEST_F(NoteScreensTest, the_notes_are_saved_on_leaving_their_boxes_and_the_warni
     store({{.id = "S1_1", .regNr = "100", .note = "Första\nAndra"},
            {.id = "S2_1", .regNr = "200", .note = "annan"}},
           {"Rad ett\nRad två", "Dr. Karl-Fredrik Lindqvist-Öberg", "2026-01-01 10:00:00"},
-          "<History>" + record("1", "2026-03-15 14:05:09", a58) +
-              record("0", "15/3/26 2:05 PM", b28 + "\n" + b29) +
-              record("1", "2026-01-02 08:00:00", c116) + record("ja", "", "") + "</History>");
+          "<History>" + historyRecord("200", "1", a58, "Dr. Ek", "2026-03-15 14:05:09") +
+              historyRecord("200", "0", b28 + "\n" + b29, "Dr. Ek", "15/3/26 2:05 PM") +
+              historyRecord("200", "1", c116, "Dr. Ek", "2026-01-02 08:00:00") +
+              historyRecord("200", "ja", "", "Dr. Ek", "") + "</History>");
     openPatient(Pnr).cmdNote_Click();
     frmExtendedInfo &screen = Screen<frmExtendedInfo>();
     FlexGrid *grid = screen.FlexGrid;

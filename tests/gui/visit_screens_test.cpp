@@ -6,7 +6,6 @@
 #include "screen_test.h"
 #include "screens/frmMedicationListPreview.h"
 #include "scripted_browser.h"
-#include "web_client.h"
 
 #include <QFileDialog>
 #include <QMdiArea>
@@ -473,7 +472,6 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
     EXPECT_EQ(frame.windowTitle() + " | " + finder.windowTitle(), "Mirelo | Tavmor Mirelo");
     EXPECT_TRUE(frame.Timer1->isActive() && frame.Timer1->interval() == 1000);
     EXPECT_FALSE(frame.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
-    EXPECT_FALSE(frame.windowIcon().pixmap(48).isNull());
 
     showFrame();
     search("1912");
@@ -484,7 +482,6 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
     frmShowPatient &view = Screen<frmShowPatient>();
     platform::FlexGrid *grid = view.FlexGrid;
     ASSERT_TRUE(view.isVisible() && !finder.isVisible());
-    standsWhole(view);
     EXPECT_EQ(QApplication::focusWidget(), grid);
     // Who is logged in shows whole on the screen's line, apart from its caption.
     for (QWidget *screen : std::initializer_list<QWidget *>{&finder, &view}) {
@@ -539,15 +536,10 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
 
     showFrame();
     QTest::keyClick(grid, Qt::Key_Return);
-    const std::string page = webPostForm(korvalo.baseUrl() + "/Public/Mirelo/InitXML.aspx",
-                                         {{"txtXml", script.field("txtXml")}})
-                                 .body;
-    EXPECT_THAT(page, HasSubstr("<td> Åström</td>"));
-    std::smatch medication;
-    ASSERT_TRUE(std::regex_search(page, medication,
-                                  std::regex(R"(<table id="medicinering">[\s\S]*?</table>)")));
-    EXPECT_THAT(medication.str(), HasSubstr("<td>Waran</td>"));
-    EXPECT_EQ(medication.str().find("Alvedon"), std::string::npos);
+    // The patient is handed over as the file now stands: Alvedon, taken out, stays behind.
+    EXPECT_THAT(script.field("txtXml"),
+                AllOf(HasSubstr("<FamilyName>Åström</FamilyName>"),
+                      HasSubstr("<ProductName>Waran</ProductName>"), Not(HasSubstr("Alvedon"))));
     EXPECT_TRUE(view.isVisible());
     QTest::mouseClick(view.cmdNyPatient, Qt::LeftButton);
     unloadNow();
@@ -591,22 +583,11 @@ TEST_F(VisitScreensTest, a_visit_runs_through_the_screens_and_leaves_exactly_its
     alvedon.noteBy = alvedon.takenOutBy = signature;
     alvedon.noteTimestamp = alvedon.takenOutTimestamp = Now;
     alvedon.allergicHistory = "1";
-    platform::XmlDocument wanted;
-    wanted.loadXML(withoutAddress(patientText(Pnr, "Åström", "", {alvedon, waran})));
-    const platform::XmlDocument stored = readStoredPatient(path("data/" + Pnr + ".xml"));
-    for (const std::string query :
-         {"/Patient/PatientData", "/Patient/MedicalList", "//Product[1]", "//Product[2]"}) {
-        EXPECT_EQ(childFields(stored.selectSingleNode(query)),
-                  childFields(wanted.selectSingleNode(query)))
-            << query;
-    }
-    EXPECT_EQ(stored.selectNodes("/Patient/History/*").size(), 1u);
-    EXPECT_EQ(childFields(stored.selectSingleNode("/Patient/History/AllergicHistory")),
-              (Fields{{"RegNr", "100001"},
-                      {"AllergicStatusHistory", "1"},
-                      {"AllergicInfoHistory", "Utslag"},
-                      {"AllergicInfoByHistory", signature},
-                      {"AllergicInfoTimestampHistory", Now}}));
+    EXPECT_EQ(
+        readBytes(path("data/" + Pnr + ".xml")),
+        storedBytes(withoutAddress(patientText(
+            Pnr, "Åström", "", {alvedon, waran}, {},
+            "<History>" + historyRecord("100001", "1", "Utslag", signature, Now) + "</History>"))));
 }
 
 TEST_F(VisitScreensTest, a_product_prescribed_on_the_service_page_stands_first_and_ticked) {

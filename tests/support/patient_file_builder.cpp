@@ -55,13 +55,15 @@ std::string productText(const ProductFields &product) {
 } // namespace
 
 std::string patientText(const std::string &pnr, const std::string &familyName,
-                        const std::string &givenName, const std::vector<ProductFields> &products) {
+                        const std::string &givenName, const std::vector<ProductFields> &products,
+                        const std::array<std::string, 3> &generalNote, const std::string &history) {
     std::string text = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<Patient><PatientData>" +
                        element("FamilyName", familyName) + element("FirstGivenName", givenName) +
                        element("Pnr", pnr) + element("StreetName", "Storgatan 1") +
                        element("PostalCode", "111 22") + element("City", "Stockholm") +
-                       element("GeneralInfo", "") + element("GeneralInfoBy", "") +
-                       element("GeneralInfoTimestamp", "") + "</PatientData>";
+                       element("GeneralInfo", generalNote[0]) +
+                       element("GeneralInfoBy", generalNote[1]) +
+                       element("GeneralInfoTimestamp", generalNote[2]) + "</PatientData>";
     if (!products.empty()) {
         text += "<MedicalList>";
         for (const ProductFields &product : products) {
@@ -69,15 +71,20 @@ std::string patientText(const std::string &pnr, const std::string &familyName,
         }
         text += "</MedicalList>";
     }
-    return text + "</Patient>\r\n";
+    return text + history + "</Patient>\r\n";
 }
 
 std::string historyRecord(const std::string &regNr, const std::string &status,
-                          const std::string &reason, const std::string &time) {
+                          const std::string &reason, const std::string &by,
+                          const std::string &time) {
     return "<AllergicHistory>" + element("RegNr", regNr) +
            element("AllergicStatusHistory", status) + element("AllergicInfoHistory", reason) +
-           element("AllergicInfoByHistory", "Dr. Ek") +
-           element("AllergicInfoTimestampHistory", time) + "</AllergicHistory>";
+           element("AllergicInfoByHistory", by) + element("AllergicInfoTimestampHistory", time) +
+           "</AllergicHistory>";
+}
+
+std::string storedBytes(const std::string &utf8Text) {
+    return scrambleBytes(utf8ToLatin1(parsedXml(utf8Text).xml()));
 }
 
 void storePatientFile(const std::string &fileName, const std::string &utf8Text) {

@@ -2,6 +2,7 @@
 
 #include "platform/xml_document.h"
 
+#include <array>
 #include <optional>
 #include <set>
 #include <string>
@@ -41,12 +42,20 @@ struct ProductFields {
 
 // The plain text of a patient file, UTF-8, its products in the order given (newest first).
 // Without products there is no MedicalList, as for a patient whose first message is pending.
+// The general note is its text, its author and its time; a History given follows the list.
 std::string patientText(const std::string &pnr, const std::string &familyName,
-                        const std::string &givenName, const std::vector<ProductFields> &products);
+                        const std::string &givenName, const std::vector<ProductFields> &products,
+                        const std::array<std::string, 3> &generalNote = {},
+                        const std::string &history = {});
 
-// A record of a warning's history as History holds it, written by Dr. Ek.
+// One record of the History of a product's warning, as a screen appends it.
 std::string historyRecord(const std::string &regNr, const std::string &status,
-                          const std::string &reason, const std::string &time);
+                          const std::string &reason, const std::string &by,
+                          const std::string &time);
+
+// The bytes the program stores for a patient file of this UTF-8 text: its document as written,
+// scrambled.
+std::string storedBytes(const std::string &utf8Text);
 
 // Stores UTF-8 text as a patient file in the data folder under the given file name,
 // scrambled by the rule itself.

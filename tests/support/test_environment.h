@@ -17,7 +17,8 @@
 
 namespace mirelo::testing {
 
-using ::testing::ElementsAre, ::testing::HasSubstr, ::testing::IsEmpty, ::testing::StartsWith;
+using ::testing::AllOf, ::testing::ElementsAre, ::testing::HasSubstr, ::testing::IsEmpty,
+    ::testing::Not, ::testing::StartsWith;
 using Texts = std::vector<std::string>;
 
 // Thrown by the test's end-of-process handler, so a test can assert that the process ended.

@@ -31,7 +31,6 @@ namespace mirelo::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::Not;
 
 const std::string Pnr = "191212121212";
 const std::string Support = "[stop] Kontakta support och ange följande fel: ";
@@ -254,12 +253,12 @@ TEST_F(ExchangeTest, the_login_holds_its_fields_a_number_goes_alone_and_a_patien
                   nodes(*number, "//PrescriberInfo/*", &platform::XmlNode::text),
               (Texts{"Patient", "PrescriberInfo", "Username", "Password", "Path", "Version", "Pnr",
                      "demo", "hemligt <&> lösen", path("in/"), "1.0.2", "1"}));
-    std::string text = patientText(Pnr, "Åström", "Märta",
-                                   {{.id = "S2_1", .regNr = "777", .note = "Tas med mat"},
-                                    {.id = "S1_1", .regNr = "777", .checked = "0"},
-                                    {.id = "S3_1", .regNr = "888"}});
-    text.insert(text.rfind("</Patient>"), "<History><AllergicHistory><RegNr>777</RegNr>"
-                                          "</AllergicHistory></History>");
+    const std::string text =
+        patientText(Pnr, "Åström", "Märta",
+                    {{.id = "S2_1", .regNr = "777", .note = "Tas med mat"},
+                     {.id = "S1_1", .regNr = "777", .checked = "0"},
+                     {.id = "S3_1", .regNr = "888"}},
+                    {}, "<History><AllergicHistory><RegNr>777</RegNr></AllergicHistory></History>");
     platform::XmlDocument patient = parsedXml(text),
                           newPatient = parsedXml(patientText("1", "A", "B", {}));
     // The nodes may move into the handover document, so their text is taken beforehand.
@@ -352,12 +351,13 @@ TEST_F(ExchangeTest, the_hand_over_page_shows_its_users_what_came_and_prescribes
     const std::string page = korvalo.baseUrl() + "/Public/Mirelo/InitXML.aspx";
     // The field is filled by script: the document, password and all, is never on screen.
     expectPage(webGet(page), 200, {"<input type=\"hidden\" name=\"txtXml\">"}, {"<textarea"});
-    platform::XmlDocument patient =
-        parsedXml(patientText(Pnr, "Öberg &lt;script&gt; \"&amp;\"", "Märta", {}));
+    platform::XmlDocument patient = parsedXml(
+        patientText(Pnr, "Öberg &lt;script&gt; \"&amp;\"", "Märta", {{.productName = "Waran"}}));
     // A hand-over as long as a patient's: a general note of 1 MB.
     patient.selectSingleNode("//GeneralInfo").setText(std::string(1 << 20, 'x') + "slut");
     expectPage(webPostForm(page, {{"txtXml", handover("demo", "demo123", &patient)}}), 200,
-               {"Öberg &lt;script&gt; &quot;&amp;&quot;", "Johnson &amp; Johnson", "xslut</td>"},
+               {"Öberg &lt;script&gt; &quot;&amp;&quot;", "Johnson &amp; Johnson", "xslut</td>",
+                "<table id=\"medicinering\">", "<td>Waran</td>"},
                {"<script>", "demo123"});
     for (const auto &[username, password] : {std::pair{"demo", "fel"}, {"okänd", "demo123"}}) {
         expectPage(webPostForm(page, {{"txtXml", handover(username, password)}}), 403,
@@ -650,7 +650,7 @@ TEST_F(BrowserHandoffTest, the_browser_lives_on_when_mirelo_ends_and_keeps_the_p
     const std::string process = "/proc/" + std::to_string(browser.pid);
     EXPECT_THAT(readBytes(process + "/cmdline"), HasSubstr("mirelo-browser"));
     EXPECT_THAT(readBytes(process + "/cmdline") + readBytes(process + "/environ") + printed,
-                ::testing::Not(HasSubstr(password)));
+                Not(HasSubstr(password)));
     EXPECT_THAT(filesHolding(appDir(), password), IsEmpty());
 }
 

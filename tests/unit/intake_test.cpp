@@ -92,16 +92,13 @@ class IntakeTest : public ApplicationTest {
 
 TEST_F(IntakeTest, the_tenth_tick_takes_in_a_folder_of_messages) {
     // A known patient gets 10 000 items, each RegNr twice: item i and item i + 5000.
-    constexpr int Items = 10000;
-    constexpr int Half = Items / 2;
-    std::string known = patientText(
+    constexpr int Items = 10000, Half = Items / 2;
+    // A tab in a stored value is dropped at reading.
+    const std::string known = patientText(
         "194001011234", "Lind", "Åke",
         {{.id = "OLD_0", .regNr = "R0", .note = "Tål ej", .allergic = "1", .allergicHistory = "1"},
-         {.id = "OLD_X", .regNr = "X"}});
-    // A tab in a stored value is dropped at reading.
-    known.insert(known.find("</GeneralInfo>"), "Pace\tmaker\nsedan 2019");
-    known.insert(known.find("</GeneralInfoBy>"), "Doktor Ek");
-    known.insert(known.find("</GeneralInfoTimestamp>"), "2025-10-01 12:00:00");
+         {.id = "OLD_X", .regNr = "X"}},
+        {"Pace\tmaker\nsedan 2019", "Doktor Ek", "2025-10-01 12:00:00"});
     storePatientFile("194001011234.XML", known);
     Fields retired =
         childFields(readStoredPatient(path("data/194001011234.XML")).selectSingleNode("//Product"));
@@ -377,8 +374,7 @@ TEST_F(IntakeTest, a_new_product_goes_first_retires_its_RegNr_and_inherits_note_
     const XmlDocument message = parsed({.items = {MessageItem{}}});
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        std::string text = patientText("1", "Ek", "Eva", c.older);
-        XmlDocument patient = parsedXml(text.insert(text.rfind("</Patient>"), history));
+        XmlDocument patient = parsedXml(patientText("1", "Ek", "Eva", c.older, {}, history));
         EXPECT_EQ(outcomeOf([&] {
                       TakeInMessageItems(message, patient);
                       return listed(patient);
