@@ -1,7 +1,7 @@
 #pragma once
 
+#include <QProcess>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace mirelo::testing {
@@ -25,8 +25,7 @@ class KorvaloProcess {
     const std::string &output() const { return output_; }
 
   private:
-    pid_t pid_ = -1;
-    int outputPipe_ = -1;
+    QProcess process_;
     int port_ = 0;
     bool stopped_ = false;
     bool cleanExit_ = false;
