@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QTcpSocket>
+#include <stdexcept>
 #include <string>
 
 namespace mirelo::testing {
@@ -8,16 +10,17 @@ namespace mirelo::testing {
 // connection is refused, and no other test's service can be given the port meanwhile.
 class ClosedPort {
   public:
-    ClosedPort();
-    ~ClosedPort();
-    ClosedPort(const ClosedPort &) = delete;
-    ClosedPort &operator=(const ClosedPort &) = delete;
-
-    std::string baseUrl() const;
+    ClosedPort() {
+        if (!socket_.bind(QHostAddress::LocalHost)) {
+            throw std::runtime_error("no port to keep closed");
+        }
+    }
+    std::string baseUrl() const {
+        return "http://127.0.0.1:" + std::to_string(socket_.localPort());
+    }
 
   private:
-    int socket_ = -1;
-    int port_ = 0;
+    QTcpSocket socket_;
 };
 
 } // namespace mirelo::testing

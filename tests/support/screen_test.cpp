@@ -23,17 +23,8 @@ void ScreenTest::SetUp() {
 }
 
 void ScreenTest::TearDown() {
-    Unload<frmAllergicExtendedInfo>();
-    Unload<frmMedicalNote>();
-    Unload<frmAllergicHistory>();
-    Unload<frmExtendedInfo>();
-    Unload<frmPatInfo>();
-    Unload<frmAbout>();
-    Unload<frmSettings>();
-    Unload<frmShowPatient>();
-    Unload<frmMain>();
-    Unload<frmSplash>();
-    Unload<mainApp>();
+    unloadAll<frmAllergicExtendedInfo, frmMedicalNote, frmAllergicHistory, frmExtendedInfo,
+              frmPatInfo, frmAbout, frmSettings, frmShowPatient, frmMain, frmSplash, mainApp>();
     unloadNow();
     ApplicationTest::TearDown();
 }

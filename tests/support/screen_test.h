@@ -58,6 +58,7 @@ class ScreenTest : public ApplicationTest {
     // Screens unloaded by the last event are gone once the deferred deletions have run.
     static void unloadNow();
 
+    template <typename... Screens> static void unloadAll() { (Unload<Screens>(), ...); }
     // A modal dialog runs its own loop: what the user does in it is queued before it opens.
     template <typename Dialog> static void whileOpen(std::function<void(Dialog &)> act) {
         QTimer::singleShot(0, [act] {

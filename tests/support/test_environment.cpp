@@ -5,13 +5,9 @@
 #include "platform/process_end.h"
 #include "platform/record_lock.h"
 
-#include <cstdlib>
-
 namespace mirelo::testing {
 
 void ApplicationTest::SetUp() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "mirelo-test-XXXXXX").string();
-    appDir_ = mkdtemp(pattern.data());
     std::filesystem::create_directory(appDir_ + "/in");
     std::filesystem::create_directory(appDir_ + "/data");
     setApplicationDirectoryForTesting(appDir_);
@@ -43,8 +39,6 @@ void ApplicationTest::TearDown() {
     freezeClockForTesting(QDateTime());
     setApplicationDirectoryForTesting("");
     session() = SessionValues{};
-    std::error_code ignored;
-    std::filesystem::remove_all(appDir_, ignored);
 }
 
 Texts ApplicationTest::said() {

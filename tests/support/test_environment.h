@@ -6,6 +6,8 @@
 #include "platform/message_box.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QTemporaryDir>
 #include <deque>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -50,7 +52,8 @@ class ApplicationTest : public ::testing::Test {
     static constexpr const char *Now = "2026-03-15 14:05:09";
 
   private:
-    std::string appDir_;
+    QTemporaryDir dir_{QDir::tempPath() + "/mirelo-test-XXXXXX"};
+    std::string appDir_ = dir_.path().toStdString();
 };
 
 // The names of the files and folders directly under a folder.
