@@ -152,11 +152,8 @@ TEST_F(VisitScreensTest, every_dialog_is_the_frames_with_a_close_box_at_most) {
 TEST_F(VisitScreensTest, the_view_shows_its_grid_opens_its_dialogs_and_drops_itself_for_the_next) {
     const std::string signature = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
     std::vector<ProductFields> products(30, {.checked = "0"});
-    products[0] = {.id = "A_1",
-                   .companyName = "Johnson &amp; Johnson",
-                   .atcCode = "B01AA03",
-                   .note = "Blödningsrisk",
-                   .allergic = "1"};
+    products[0] = {.id = "A_1", .atcCode = "B01AA03", .note = "Blödningsrisk", .allergic = "1"};
+    products[0].companyName = "Johnson &amp; Johnson";
     products[0].insertedBy = products[0].takenOutBy = signature;
     products[1] = {.id = "B_1", .productName = "Levaxin", .atcCode = "H03AA01", .note = "Fasta"};
     products[1].allergicHistory = "1";

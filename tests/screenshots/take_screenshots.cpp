@@ -42,31 +42,26 @@ int main(int argc, char **argv) {
     session().gSignature = "Dr. Karin Lindqvist, Vårdcentralen Åby";
     // Thirty products, so the list scrolls under its fixed row, one of a maker with an "&", and
     // a signature long enough to reach the next caption of the detail panel.
-    std::vector<ProductFields> products{
-        {.id = "S2_1",
-         .regNr = "19650101",
-         .productName = "Waran",
-         .companyName = "Karo Pharma",
-         .strength = "2,5 mg",
-         .atcCode = "B01AA03",
-         .prescribedTimestamp = "2026-11-23T14:30:00",
-         .insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan",
-         .allergic = "1"},
-        {.id = "S1_0",
-         .regNr = "100002",
-         .checked = "0",
-         .note = "Magbesvär vid högre dos.",
-         .noteBy = "Dr. Karin Lindqvist",
-         .noteTimestamp = "2026-02-03 10:15:00",
-         .allergicHistory = "1"}};
+    ProductFields waran{.id = "S2_1", .regNr = "19650101", .productName = "Waran", .allergic = "1"};
+    waran.companyName = "Karo Pharma";
+    waran.strength = "2,5 mg";
+    waran.atcCode = "B01AA03";
+    waran.prescribedTimestamp = "2026-11-23T14:30:00";
+    waran.insertedBy = "Dr. Karl-Fredrik Lindqvist-Öberg, Vårdcentralen Östra Hamngatan";
+    ProductFields noted{.id = "S1_0", .regNr = "100002", .checked = "0", .allergicHistory = "1"};
+    noted.note = "Magbesvär vid högre dos.";
+    noted.noteBy = "Dr. Karin Lindqvist";
+    noted.noteTimestamp = "2026-02-03 10:15:00";
+    std::vector<ProductFields> products{waran, noted};
     for (int number = 1; number < 30; ++number) {
+        const bool ipren = number == 2;
         products.push_back({.id = "S1_" + std::to_string(number),
-                            .productName = number == 2 ? "Ipren" : "Alvedon",
-                            .companyName = number == 2 ? "Johnson &amp; Johnson" : "Orion",
+                            .productName = ipren ? "Ipren" : "Alvedon",
+                            .companyName = ipren ? "Johnson &amp; Johnson" : "Orion",
                             .atcCode = "N02BE0" + std::to_string(number % 10),
                             .checked = number < 4 ? "1" : "0",
                             .note = number == 3 ? "Tas med mat" : "",
-                            .allergicHistory = number == 2 ? "1" : "0"});
+                            .allergicHistory = ipren ? "1" : "0"});
     }
     storePatient("191212121212", products, "Åström", "Märta");
 

@@ -412,11 +412,9 @@ TEST_F(StoreTest, deletions_and_saves_spread_by_the_test_of_their_screen) {
          old + old + old + " txtNoteChanged=" + Signed}};
     for (const auto &[regNr, act, expected] : cases) {
         SCOPED_TRACE("RegNr \"" + regNr + "\"");
-        std::vector<ProductFields> products(3, {.note = "N",
-                                                .noteBy = "Ek",
-                                                .noteTimestamp = "igår",
-                                                .allergic = "1",
-                                                .allergicHistory = "1"});
+        ProductFields noted{.note = "N", .noteBy = "Ek", .noteTimestamp = "igår", .allergic = "1"};
+        noted.allergicHistory = "1";
+        std::vector<ProductFields> products(3, noted);
         products[0].regNr = products[1].regNr = regNr;
         products[1].id = "2_1";
         products[2].id = "3_1";
@@ -642,13 +640,11 @@ std::string panel(const GridSelection &selection) {
 TEST_F(StoreTest, a_selection_fills_the_detail_panel_from_the_file_read_afresh) {
     storeDamaged(Pnr + ".xml");
     EXPECT_THAT(failure([] { panel({0, 4, 0, "", ""}); }), StartsWith(Damaged));
-    const ProductFields warned{.id = "5_1",
-                               .insertedBy = "Al",
-                               .insertedTimestamp = "nu",
-                               .takenOutBy = "Bo",
-                               .takenOutTimestamp = "då",
-                               .allergic = "1",
-                               .allergicHistory = "1"};
+    ProductFields warned{
+        .id = "5_1", .takenOutBy = "Bo", .takenOutTimestamp = "då", .allergic = "1"};
+    warned.insertedBy = "Al";
+    warned.insertedTimestamp = "nu";
+    warned.allergicHistory = "1";
     storePatient(Pnr, {warned, {.id = "6_1"}});
     EXPECT_EQ(panel({0, 3, 1, "A", "5_1"}),
               "A, ordinerat av: Doktor Ek|Al|nu|Bo|då| history warning button marked");

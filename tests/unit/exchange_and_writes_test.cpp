@@ -553,11 +553,9 @@ class BrowserHandoffTest : public ApplicationTest {
     void SetUp() override {
         ApplicationTest::SetUp();
         ensureGuiApplication();
-        session() = {.gDataPath = path("data/"),
-                     .gUsername = "demo",
-                     .gPassword = "hemligt <&> lösen \"1\"",
-                     .gServer = pages.baseUrl(),
-                     .gInitXmlUrl = "/handover"};
+        session() = {.gDataPath = path("data/"), .gUsername = "demo", .gInitXmlUrl = "/handover"};
+        session().gPassword = "hemligt <&> lösen \"1\"";
+        session().gServer = pages.baseUrl();
     }
     bool waitForPosts(int posts) {
         return QTest::qWaitFor([&] { return pages.postsReceived >= posts; }, 20000);
