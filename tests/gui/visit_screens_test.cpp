@@ -21,25 +21,17 @@ namespace {
 
 const std::string Pnr = "191212121212";
 
-class VisitScreensTest : public ScreenTest {
-  protected:
-    static void standsWhole(QWidget &screen) {
-        const QRect panel = screen.parentWidget()->geometry();
-        EXPECT_EQ(panel, QRect(QPoint(0, 0), screen.size())) << screen.objectName().toStdString();
-        EXPECT_TRUE(Screen<mainApp>().mdiArea->viewport()->rect().contains(panel));
-    }
-};
+class VisitScreensTest : public ScreenTest {};
 
 TEST_F(VisitScreensTest, the_login_screen_starts_in_the_password_box_and_Avsluta_asks_nothing) {
     writeSettingsFile({.username = "abc", .saveUsername = "1", .dataPath = appDir() + "/data/"});
     frmSplash &splash = Screen<frmSplash>();
-    EXPECT_TRUE(splash.txtUsername->text() == "abc" && splash.chkSaveUsername->isChecked());
-    EXPECT_EQ(splash.focusWidget(), splash.txtPassword);
-    EXPECT_EQ(splash.txtPassword->echoMode(), QLineEdit::Password);
-    EXPECT_FALSE(splash.windowIcon().pixmap(48).isNull());
-    EXPECT_EQ((QStringList{splash.windowTitle(), splash.Submit->text(), splash.Command1->text(),
-                           splash.lblSupportInfo->text()}),
-              (QStringList{"Mirelo Inloggning", "Logga in", "Avsluta",
+    EXPECT_TRUE(splash.chkSaveUsername->isChecked() && splash.focusWidget() == splash.txtPassword &&
+                splash.txtPassword->echoMode() == QLineEdit::Password &&
+                !splash.windowIcon().pixmap(48).isNull());
+    EXPECT_EQ((QStringList{splash.txtUsername->text(), splash.windowTitle(), splash.Submit->text(),
+                           splash.Command1->text(), splash.lblSupportInfo->text()}),
+              (QStringList{"abc", "Mirelo Inloggning", "Logga in", "Avsluta",
                            "Telefon: 08-123 456 70 | Fax: 08-123 456 79\r\nE-post: "
                            "support@mirelo.example"}));
     EXPECT_THROW(splash.Command1->click(), ProcessEnded);
@@ -62,8 +54,12 @@ TEST_F(VisitScreensTest, the_search_opens_a_whole_number_and_hands_off_one_witho
     search("19121212-1212");
     frmShowPatient &view = Screen<frmShowPatient>();
     EXPECT_TRUE(view.isVisible() && finder.isVisible() && finder.List1->count() == 0);
-    standsWhole(finder);
-    standsWhole(view);
+    // Each screen stands whole in the frame, at its top left.
+    for (QWidget *screen : std::initializer_list<QWidget *>{&finder, &view}) {
+        const QRect panel = screen->parentWidget()->geometry();
+        EXPECT_TRUE(panel == QRect(QPoint(0, 0), screen->size()) &&
+                    Screen<mainApp>().mdiArea->viewport()->rect().contains(panel));
+    }
 
     for (QWidget *focus : std::initializer_list<QWidget *>{view.FlexGrid, view.chkMode}) {
         focus->setFocus();

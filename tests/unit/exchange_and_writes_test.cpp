@@ -25,6 +25,7 @@
 #include <map>
 #include <regex>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace mirelo::testing {
@@ -493,13 +494,12 @@ TEST_F(ExchangeTest, every_whole_file_write_that_fails_leaves_the_old_file_and_t
               (std::set<std::string>{platform::RecordLockFileName, Pnr + ".xml"}));
 }
 
-// Four workstations, each with its own application folder and inbox, take in messages and save
-// notes for the same patients on one data folder as fast as they can: every product stands in
-// its patient's file once, a new patient's first ones too, and every note holds the last text
-// written to it.
+// Four workstations, each a process with its own application folder and inbox, take in messages
+// and save notes for the same patients on one data folder as fast as they can: every product
+// stands in its patient's file once, a new patient's first ones too, and every note holds the
+// last text written to it.
 TEST_F(ExchangeTest, four_workstations_on_one_data_folder_lose_no_update) {
     const Texts patients = {"191212121212", "194001011234", "195505055555", "197707077777"};
-    constexpr int Messages = 200;
     const std::vector<ProductFields> notes = {{.id = "N0", .regNr = "N0"},
                                               {.id = "N1", .regNr = "N1"},
                                               {.id = "N2", .regNr = "N2"},
@@ -511,30 +511,50 @@ TEST_F(ExchangeTest, four_workstations_on_one_data_folder_lose_no_update) {
     }
     // Each patient's products by ID, with the text of their note.
     std::map<std::string, std::map<std::string, std::string>> expected;
-    std::array<QProcess, 4> workstations;
+    std::array<pid_t, 4> workstations{};
     for (int w = 0; w < 4; ++w) {
-        for (int i = 0; i < Messages; ++i) {
+        // For each patient in turn a message, and unless the patient is new to the practice, the
+        // message's name as the new text of this workstation's note on the product "N" + w.
+        std::vector<std::pair<std::string, std::string>> visits;
+        for (int i = 0; i < 200; ++i) {
             const std::string &pnr = patients[i % patients.size()];
-            const std::string name = "W" + std::to_string(w) + "M" + std::to_string(i);
-            expected[pnr][name + "_1"] = "";
+            visits.emplace_back(pnr, "W" + std::to_string(w) + "M" + std::to_string(i));
+            expected[pnr][visits.back().second + "_1"] = "";
             if (pnr != patients.back()) {
-                expected[pnr]["N" + std::to_string(w)] = "Anteckning " + name;
+                expected[pnr][notes[w].id] = "Anteckning " + visits.back().second;
             }
         }
-        const std::string own = path("ws" + std::to_string(w));
-        fs::create_directories(own + "/in");
-        QStringList arguments{QString::fromStdString(own), QString::fromStdString(path("data/")),
-                              QString::number(w), QString::number(Messages)};
-        for (const std::string &pnr : patients) {
-            arguments << QString::fromStdString(pnr);
+        fs::create_directories(path("ws" + std::to_string(w) + "/in"));
+        if ((workstations[w] = fork()) == 0) {
+            setApplicationDirectoryForTesting(path("ws" + std::to_string(w)));
+            platform::setLockPauseForTesting({});
+            UnfinishedMessages unfinished;
+            try {
+                for (const auto &[pnr, name] : visits) {
+                    writePrescriptionMessage(
+                        InboxFolder() + name + ".xml",
+                        {.pnr = pnr, .setId = name, .items = {{.regNr = name}}});
+                    ReadFolder(unfinished);
+                    if (pnr != patients.back()) {
+                        SaveProductNote(pnr, notes[w].id, "Anteckning " + name, "Doktor",
+                                        [](const std::string &) {});
+                    }
+                }
+                // A message whose patient another workstation held stays for a later scan.
+                while (!filesIn(InboxFolder()).empty()) {
+                    ReadFolder(unfinished);
+                }
+            } catch (...) {
+                std::_Exit(2);
+            }
+            std::_Exit(boxes.empty() ? 0 : 1); // a box is a failure too
         }
-        workstations[w].setProcessChannelMode(QProcess::MergedChannels);
-        workstations[w].start(MIRELO_PRACTICE_WORKSTATION_BINARY, arguments);
     }
-    for (QProcess &workstation : workstations) {
-        ASSERT_TRUE(workstation.waitForFinished(60000));
-        EXPECT_EQ(workstation.readAll().toStdString() + std::to_string(workstation.exitCode()),
-                  "0");
+    for (const pid_t workstation : workstations) {
+        int status = -1;
+        EXPECT_TRUE(waitpid(workstation, &status, 0) == workstation && WIFEXITED(status) &&
+                    WEXITSTATUS(status) == 0)
+            << status;
     }
     for (const std::string &pnr : patients) {
         std::map<std::string, std::string> found;
