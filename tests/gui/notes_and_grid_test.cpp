@@ -235,11 +235,10 @@ TEST_F(NoteScreensTest, the_notes_are_saved_on_leaving_their_boxes_and_the_warni
     history.FlexGrid->setTextMatrix(0, 1, "O.käns");
     const QImage withoutDots = heading();
     int dotPixels = 0;
-    for (int y = 0; y < withDots.height(); ++y) {
-        for (int x = 0; x < withDots.width(); ++x) {
-            dotPixels += std::abs(withDots.pixelColor(x, y).lightness() -
-                                  withoutDots.pixelColor(x, y).lightness()) > 64;
-        }
+    for (int pixel = 0; pixel < withDots.width() * withDots.height(); ++pixel) {
+        const QPoint at(pixel % withDots.width(), pixel / withDots.width());
+        dotPixels += std::abs(withDots.pixelColor(at).lightness() -
+                              withoutDots.pixelColor(at).lightness()) > 64;
     }
     EXPECT_GE(dotPixels, 2);
     // Esc unloads as Återgå does: the next list starts from a fresh grid, not over this one.

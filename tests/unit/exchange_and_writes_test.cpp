@@ -283,27 +283,26 @@ TEST_F(ExchangeTest, the_login_holds_its_fields_a_number_goes_alone_and_a_patien
 }
 
 TEST_F(ExchangeTest, each_hand_off_fills_posts_and_shows_in_order_and_stops_at_a_failure) {
-    const std::string url = "Navigate https://korvalo.example/Public/Mirelo/InitXML.aspx";
-    const std::string document = "Forms(0).txtXml = " + CreatePrescriptionXML(nullptr, "1")->xml();
     // The page has loaded at the third look.
+    const Texts loaded = {"Navigate https://korvalo.example/Public/Mirelo/InitXML.aspx",
+                          "Sleep 100", "Sleep 100"},
+                shown = {"ShowMaximized", "Visible", "AppActivate"},
+                posted = {"Forms(0).txtXml = " + CreatePrescriptionXML(nullptr, "1")->xml(),
+                          "Forms(0).Submit"};
     const std::map<std::string, std::pair<std::function<void()>, Texts>> handOffs = {
         {"patient",
          {[] { SubmitPrescriptionXML(CreatePrescriptionXML(nullptr, "1")); },
-          {url, "Sleep 100", "Sleep 100", document, "Forms(0).Submit", "ShowMaximized", "Visible",
-           "AppActivate"}}},
+          loaded + posted + shown}},
         // A bare number shows the window before the form is filled.
         {"number",
-         {[] { SubmitPatientPnr("1"); },
-          {url, "Sleep 100", "Sleep 100", "ShowMaximized", document, "Forms(0).Submit",
-           "ShowMaximized", "Visible", "AppActivate"}}},
+         {[] { SubmitPatientPnr("1"); }, loaded + Texts{"ShowMaximized"} + posted + shown}},
         {"login form",
          {[] { SubmitLoginFields("1"); },
-          {url, "Sleep 500", "Sleep 500", "Login.txtUsername = demo",
-           "Login.txtPassword = hemligt <&> lösen", "Login.txtPath = " + path("in/"),
-           "Login.txtVersion = 1.0.2", "Login.txtPatientPnr = 1", "Login.Submit", "ShowMaximized",
-           "Visible", "AppActivate"}}},
-        {"no handover",
-         {[] { SubmitPrescriptionXML(std::nullopt); }, {url, "Sleep 100", "Sleep 100"}}},
+          Texts{loaded[0], "Sleep 500", "Sleep 500", "Login.txtUsername = demo",
+                "Login.txtPassword = hemligt <&> lösen", "Login.txtPath = " + path("in/"),
+                "Login.txtVersion = 1.0.2", "Login.txtPatientPnr = 1", "Login.Submit"} +
+              shown}},
+        {"no handover", {[] { SubmitPrescriptionXML(std::nullopt); }, loaded}},
     };
     const Texts connection{
         "[stop] Kunde inte ansluta till Korvalos server. Kontrollera din internetförbindelse."};
