@@ -35,9 +35,7 @@ class FormPageServer {
     std::string baseUrl() const;
     Fields lastPost() const;
 
-    std::atomic<int> postsReceived = 0;
-    std::atomic<int> wrongFormPosts = 0;
-    std::atomic<int> alivePings = 0;
+    std::atomic<int> postsReceived = 0, wrongFormPosts = 0, alivePings = 0;
 
   private:
     std::unique_ptr<httplib::Server> server_;

@@ -27,8 +27,7 @@ class KorvaloProcess {
   private:
     QProcess process_;
     int port_ = 0;
-    bool stopped_ = false;
-    bool cleanExit_ = false;
+    bool stopped_ = false, cleanExit_ = false;
     std::string output_;
 };
 

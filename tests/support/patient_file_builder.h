@@ -14,29 +14,15 @@ namespace mirelo::testing {
 // One Product of a patient file as a test wants it; every element of the ordinary product
 // has a plain value unless a test names another, and `omitted` leaves elements out.
 struct ProductFields {
-    std::string id = "1_1";
-    std::string regNr = "100001";
-    std::string productName = "Alvedon";
-    std::string companyName = "Orion";
-    std::string form = "Tablett";
-    std::string strength = "500 mg";
-    std::string atcCode = "N02BE01";
-    std::string numberOfPackages = "1";
+    std::string id = "1_1", regNr = "100001", productName = "Alvedon", companyName = "Orion",
+                form = "Tablett", strength = "500 mg", atcCode = "N02BE01", numberOfPackages = "1";
     std::optional<std::string> packageSize = "20 st";
-    std::string dosage = "1 tablett 3 gånger dagligen";
-    std::string repeats = "1";
-    std::string prescribedBy = "Doktor Ek";
-    std::string prescribedTimestamp = "2026-01-10T09:30:00";
-    std::string checked = "1";
-    std::string note{};
-    std::string noteBy{};
-    std::string noteTimestamp{};
-    std::string insertedBy = "Doktor Ek";
-    std::string insertedTimestamp = "2026-01-10T09:30:00";
-    std::string takenOutBy{};
-    std::string takenOutTimestamp{};
-    std::string allergic = "0";
-    std::string allergicHistory = "0";
+    std::string dosage = "1 tablett 3 gånger dagligen", repeats = "1", prescribedBy = "Doktor Ek",
+                prescribedTimestamp = "2026-01-10T09:30:00", checked = "1";
+    std::string note{}, noteBy{}, noteTimestamp{};
+    std::string insertedBy = "Doktor Ek", insertedTimestamp = "2026-01-10T09:30:00", takenOutBy{},
+                takenOutTimestamp{};
+    std::string allergic = "0", allergicHistory = "0";
     std::set<std::string> omitted{};
 };
 
