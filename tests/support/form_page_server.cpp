@@ -50,10 +50,7 @@ FormPageServer::FormPageServer() : server_(std::make_unique<httplib::Server>()) 
                   [this](const httplib::Request &request, httplib::Response &response) {
                       {
                           const std::lock_guard lock(mutex_);
-                          lastPost_.clear();
-                          for (const auto &[name, value] : request.params) {
-                              lastPost_[name] = value;
-                          }
+                          lastPost_ = Fields(request.params.begin(), request.params.end());
                       }
                       ++postsReceived;
                       response.set_content(Receipt, "text/html; charset=utf-8");

@@ -29,8 +29,6 @@ class FormPageServer {
 
     FormPageServer();
     ~FormPageServer();
-    FormPageServer(const FormPageServer &) = delete;
-    FormPageServer &operator=(const FormPageServer &) = delete;
 
     std::string baseUrl() const;
     Fields lastPost() const;

@@ -13,8 +13,6 @@ class KorvaloProcess {
   public:
     explicit KorvaloProcess(const std::vector<std::string> &arguments = {});
     ~KorvaloProcess();
-    KorvaloProcess(const KorvaloProcess &) = delete;
-    KorvaloProcess &operator=(const KorvaloProcess &) = delete;
 
     // "http://127.0.0.1:" and the port: what a settings file's Server holds.
     std::string baseUrl() const;

@@ -214,10 +214,9 @@ TEST_F(StoreTest, a_login_attempt_takes_the_server_from_the_settings_and_stores_
 // a letter keeps it as a character reference.
 TEST_F(StoreTest, a_name_is_never_written_in_an_encoding_that_garbles_it) {
     std::filesystem::create_directories(SystemFolder());
-    for (const auto &[encoding, garbles] : {std::pair{"ISO-88591", true},
-                                            {"ISO-885911", true},
-                                            {"ISO-8859-5", false},
-                                            {"UTF-8", false}}) {
+    for (const auto &[encoding, garbles] :
+         {std::pair{"ISO-88591", true}, std::pair{"ISO-885911", true},
+          std::pair{"ISO-8859-5", false}, std::pair{"UTF-8", false}}) {
         SCOPED_TRACE(encoding);
         const std::string file = "<?xml version=\"1.0\" encoding=\""s + encoding +
                                  "\"?>\n<Settings><Username/><SaveUsername>0</SaveUsername>"
