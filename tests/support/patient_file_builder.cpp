@@ -119,12 +119,4 @@ std::string texts(const platform::XmlDocument &document, const std::string &quer
     return texts;
 }
 
-Fields childFields(const platform::XmlNode &node) {
-    Fields fields;
-    for (const platform::XmlNode &child : node.childNodes()) {
-        fields.emplace_back(child.nodeName(), child.text());
-    }
-    return fields;
-}
-
 } // namespace mirelo::testing

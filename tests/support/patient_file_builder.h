@@ -6,7 +6,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace mirelo::testing {
@@ -64,10 +63,5 @@ platform::XmlDocument readStoredPatient(const std::string &path);
 // The texts of the nodes a query selects, each after its name if asked and before a "|".
 std::string texts(const platform::XmlDocument &document, const std::string &query,
                   bool named = false);
-
-// The element children of a node as name and text, in document order, so that a test can
-// compare a whole record at once.
-using Fields = std::vector<std::pair<std::string, std::string>>;
-Fields childFields(const platform::XmlNode &node);
 
 } // namespace mirelo::testing
