@@ -356,8 +356,8 @@ TEST_F(ExchangeTest, the_hand_over_page_shows_its_users_what_came_and_prescribes
     // A hand-over as long as a patient's: a general note of 1 MB.
     patient.selectSingleNode("//GeneralInfo").setText(std::string(1 << 20, 'x') + "slut");
     expectPage(webPostForm(page, {{"txtXml", handover("demo", "demo123", &patient)}}), 200,
-               {"Öberg &lt;script&gt; &quot;&amp;&quot;", "Johnson &amp; Johnson", "xslut</td>",
-                "<table id=\"medicinering\">", "<td>Trombyl</td>"},
+               {"<td>Märta Öberg &lt;script&gt; &quot;&amp;&quot;</td>", "Johnson &amp; Johnson",
+                "xslut</td>", "<table id=\"medicinering\">", "<td>Trombyl</td>"},
                {"<script>", "demo123"});
     for (const auto &[username, password] : {std::pair{"demo", "fel"}, {"okänd", "demo123"}}) {
         expectPage(webPostForm(page, {{"txtXml", handover(username, password)}}), 403,
