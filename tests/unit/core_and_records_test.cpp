@@ -749,9 +749,8 @@ std::string printedSections(const std::vector<ProductFields> &products, const st
 // latest record (records stand newest first), past products only when the view shows them. Notes
 // are never printed.
 TEST_F(StoreTest, the_printed_list_holds_current_products_warnings_and_the_past_on_show) {
-    const std::string alvedon = "Alvedon Tablett 500 mg Orion", none =
-                                                                    "Överkänslighet: Ingen känd "
-                                                                    "överkänslighet registrerad\n";
+    const std::string alvedon = "Alvedon Tablett 500 mg Orion";
+    const std::string none = "Överkänslighet: Ingen känd överkänslighet registrerad\n";
     const std::vector<ProductFields> visit = {
         {.packageSize = std::nullopt, .repeats = "3", .prescribedTimestamp = "i går", .note = "N"},
         {.checked = "0", .takenOutBy = "Dr Berg", .takenOutTimestamp = Now},
