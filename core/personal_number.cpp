@@ -1,12 +1,13 @@
 #include "core/personal_number.h"
 
-#include <regex>
+#include <QRegularExpression>
 
 namespace mirelo {
 
 bool IsPersonalNumber(const std::string &text) {
-    static const std::regex Number("([0-9]{2})?[0-9]{6}[-+]?[0-9]{4}", std::regex::optimize);
-    return std::regex_match(text, Number);
+    static const QRegularExpression Number(
+        QRegularExpression::anchoredPattern(QStringLiteral("([0-9]{2})?[0-9]{6}[-+]?[0-9]{4}")));
+    return Number.match(QString::fromStdString(text)).hasMatch();
 }
 
 } // namespace mirelo
